@@ -39,11 +39,12 @@ inline constexpr uint32_t kCustomControl = kControl | kDontEraseControl;
 }  // namespace param_ui_flags
 
 // A colour as the host stores it: 8-bit alpha, red, green, blue.
+// No member initialisers: the value area is a union and must stay trivially constructible.
 struct ColorArgb8 {
-  uint8_t alpha = 0;
-  uint8_t red = 0;
-  uint8_t green = 0;
-  uint8_t blue = 0;
+  uint8_t alpha;
+  uint8_t red;
+  uint8_t green;
+  uint8_t blue;
 };
 
 struct LayerParamValue {

@@ -1,0 +1,19 @@
+#pragma once
+// Frame lists of the command line: "12", "0-47", "0-47x2", "1,5,9", or a mix.
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace lattica::app {
+
+struct FrameListResult {
+  std::vector<int64_t> frames;  // in the order given
+  std::string error;            // empty when the list parsed
+};
+
+// Parses a list and checks each frame against the composition's frame count.
+FrameListResult parseFrameList(const std::string& text, int64_t frameCount);
+
+}  // namespace lattica::app

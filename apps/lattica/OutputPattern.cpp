@@ -1,0 +1,20 @@
+#include "OutputPattern.h"
+
+namespace lattica::app {
+
+bool hasFrameNumberRun(const std::string& pattern) {
+  return pattern.find('#') != std::string::npos;
+}
+
+std::string outputPathForFrame(const std::string& pattern, int64_t frame) {
+  const size_t end = pattern.find_last_of('#');
+  if (end == std::string::npos) return pattern;
+  size_t begin = end;
+  while (begin > 0 && pattern[begin - 1] == '#') --begin;
+  const size_t width = end - begin + 1;
+  std::string number = std::to_string(frame);
+  if (number.size() < width) number.insert(0, width - number.size(), '0');
+  return pattern.substr(0, begin) + number + pattern.substr(end + 1);
+}
+
+}  // namespace lattica::app

@@ -1,0 +1,40 @@
+#pragma once
+// Frame entry on the standalone host: the effect is set up once, then each frame checks out the
+// parameters at its time, builds the input and output images and runs the render dispatch.
+
+#include <cstdint>
+#include <memory>
+
+#include "Scene.h"
+#include "StandaloneHost.h"
+#include "StandaloneImage.h"
+
+namespace lattica::standalone {
+
+struct FrameResult {
+  int32_t status = 0;
+  std::unique_ptr<Image> image;
+};
+
+class StandaloneRenderer {
+ public:
+  StandaloneRenderer(const SceneSpec& scene, HostSettings settings, MessageSink& sink);
+
+  // Global and parameter set-up, then the scene's values are bound to the registered rows.
+  // Returns the host error of the set-up (517 on a host the effect refuses); throws SceneError
+  // when the scene's values do not fit the table.
+  HostError setUp();
+
+  // Renders frame n of the composition (time n * step).
+  FrameResult renderFrame(int64_t frame);
+
+  StandaloneHost& host() { return host_; }
+
+ private:
+  std::unique_ptr<Image> makeInputImage() const;
+
+  const SceneSpec& scene_;
+  StandaloneHost host_;
+};
+
+}  // namespace lattica::standalone
