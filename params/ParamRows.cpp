@@ -21,7 +21,7 @@ struct Range {
   double max = 0.0;
 };
 
-struct RowSpec {
+struct RowDesc {
   int32_t index = 0;
   int32_t id = 0;
   const char* name = "";
@@ -39,16 +39,16 @@ struct RowSpec {
   uint32_t uiFlags = 0;
 };
 
-constexpr RowSpec reserved(int32_t index, int32_t id) {
+constexpr RowDesc reserved(int32_t index, int32_t id) {
   return {.index = index, .id = id, .type = ParamType::kCustom};
 }
-constexpr RowSpec group(int32_t index, int32_t id, const char* name) {
+constexpr RowDesc group(int32_t index, int32_t id, const char* name) {
   return {.index = index, .id = id, .name = name, .type = ParamType::kGroupStart};
 }
-constexpr RowSpec groupEnd(int32_t index, int32_t id) {
+constexpr RowDesc groupEnd(int32_t index, int32_t id) {
   return {.index = index, .id = id, .type = ParamType::kGroupEnd};
 }
-constexpr RowSpec floatSlider(int32_t index, int32_t id, const char* name, Range valid,
+constexpr RowDesc floatSlider(int32_t index, int32_t id, const char* name, Range valid,
                               Range slider, double def, int16_t precision = 0, uint8_t flags = 0) {
   return {.index = index,
           .id = id,
@@ -60,22 +60,22 @@ constexpr RowSpec floatSlider(int32_t index, int32_t id, const char* name, Range
           .precision = precision,
           .flags = flags};
 }
-constexpr RowSpec fixedSlider(int32_t index, int32_t id, const char* name, Range valid,
+constexpr RowDesc fixedSlider(int32_t index, int32_t id, const char* name, Range valid,
                               Range slider, double def, int16_t precision = 0, uint8_t flags = 0) {
-  RowSpec row = floatSlider(index, id, name, valid, slider, def, precision, flags);
+  RowDesc row = floatSlider(index, id, name, valid, slider, def, precision, flags);
   row.type = ParamType::kFixed;
   return row;
 }
-constexpr RowSpec intSlider(int32_t index, int32_t id, const char* name, Range valid, Range slider,
+constexpr RowDesc intSlider(int32_t index, int32_t id, const char* name, Range valid, Range slider,
                             int32_t def, uint8_t flags = 0) {
-  RowSpec row = floatSlider(index, id, name, valid, slider, def, 0, flags);
+  RowDesc row = floatSlider(index, id, name, valid, slider, def, 0, flags);
   row.type = ParamType::kInt;
   return row;
 }
-constexpr RowSpec angle(int32_t index, int32_t id, const char* name) {
+constexpr RowDesc angle(int32_t index, int32_t id, const char* name) {
   return {.index = index, .id = id, .name = name, .type = ParamType::kAngle};
 }
-constexpr RowSpec check(int32_t index, int32_t id, const char* name, bool on, uint8_t flags = 0) {
+constexpr RowDesc check(int32_t index, int32_t id, const char* name, bool on, uint8_t flags = 0) {
   return {.index = index,
           .id = id,
           .name = name,
@@ -83,10 +83,10 @@ constexpr RowSpec check(int32_t index, int32_t id, const char* name, bool on, ui
           .def = on ? 1.0 : 0.0,
           .flags = flags};
 }
-constexpr RowSpec color(int32_t index, int32_t id, const char* name, uint32_t rgb) {
+constexpr RowDesc color(int32_t index, int32_t id, const char* name, uint32_t rgb) {
   return {.index = index, .id = id, .name = name, .type = ParamType::kColor, .rgb = rgb};
 }
-constexpr RowSpec point(int32_t index, int32_t id, const char* name, double xPercent,
+constexpr RowDesc point(int32_t index, int32_t id, const char* name, double xPercent,
                         double yPercent) {
   return {.index = index,
           .id = id,
@@ -95,7 +95,7 @@ constexpr RowSpec point(int32_t index, int32_t id, const char* name, double xPer
           .def = xPercent,
           .defY = yPercent};
 }
-constexpr RowSpec popup(int32_t index, int32_t id, const char* name, const char* choices,
+constexpr RowDesc popup(int32_t index, int32_t id, const char* name, const char* choices,
                         int32_t def, uint8_t flags = 0) {
   return {.index = index,
           .id = id,
@@ -105,10 +105,10 @@ constexpr RowSpec popup(int32_t index, int32_t id, const char* name, const char*
           .flags = flags,
           .choices = choices};
 }
-constexpr RowSpec layer(int32_t index, int32_t id, const char* name, uint8_t flags = 0) {
+constexpr RowDesc layer(int32_t index, int32_t id, const char* name, uint8_t flags = 0) {
   return {.index = index, .id = id, .name = name, .type = ParamType::kLayer, .flags = flags};
 }
-constexpr RowSpec custom(int32_t index, int32_t id, const char* name, int16_t width,
+constexpr RowDesc custom(int32_t index, int32_t id, const char* name, int16_t width,
                          int16_t height) {
   return {.index = index,
           .id = id,
@@ -119,7 +119,7 @@ constexpr RowSpec custom(int32_t index, int32_t id, const char* name, int16_t wi
           .uiFlags = param_ui_flags::kCustomControl};
 }
 // A row kept for carrying over old projects; it never shows in the effect-controls panel.
-constexpr RowSpec hidden(RowSpec row) {
+constexpr RowDesc hidden(RowDesc row) {
   row.uiFlags = param_ui_flags::kNoEffectControlsRow;
   return row;
 }
@@ -162,7 +162,7 @@ constexpr const char* kRenderTransferChoices =
 constexpr const char* kMotionBlurChoices = "Off|Comp Settings|On";
 
 // Every row but reactors 2 to 5 and "Sphere 2", which are made from the rows before them.
-constexpr RowSpec kRows[] = {
+constexpr RowDesc kRows[] = {
     reserved(1, 1),
 
     group(2, 2, "Base Lattica"),
@@ -429,7 +429,7 @@ constexpr RowSpec kRows[] = {
 };
 
 // "Motion Blur" as registered on Premiere: no "Comp Settings" choice.
-constexpr RowSpec kPremiereMotionBlur = popup(309, 222, "Motion Blur", kOffOnChoices, 1, kSN);
+constexpr RowDesc kPremiereMotionBlur = popup(309, 222, "Motion Blur", kOffOnChoices, 1, kSN);
 
 // Reactors 2 to 5 repeat the rows of "Reactor 1" (group to closing row) at these steps.
 constexpr int32_t kReactorFirst = 159;
@@ -446,18 +446,18 @@ constexpr int32_t kSphereIndexStep = 14;
 constexpr int32_t kSphere2Ids[kSphereLast - kSphereFirst + 1] = {194, 195, 196, 197, 198, 442, 443,
                                                                  444, 445, 446, 447, 199, 200, 201};
 
-using Table = std::array<RowSpec, kParamRowCount>;
+using Table = std::array<RowDesc, kParamRowCount>;
 
 constexpr Table expandRows() {
   Table table{};
   size_t out = 0;
-  for (const RowSpec& row : kRows) {
+  for (const RowDesc& row : kRows) {
     table[out++] = row;
     if (row.index == kReactorLast) {
       for (int32_t reactor = 1; reactor < 5; ++reactor) {
-        for (const RowSpec& source : kRows) {
+        for (const RowDesc& source : kRows) {
           if (source.index < kReactorFirst || source.index > kReactorLast) continue;
-          RowSpec copy = source;
+          RowDesc copy = source;
           copy.index += reactor * kReactorIndexStep;
           copy.id += reactor * kReactorIdStep;
           if (copy.type == ParamType::kGroupStart) copy.name = kReactorNames[reactor];
@@ -465,9 +465,9 @@ constexpr Table expandRows() {
         }
       }
     } else if (row.index == kSphereLast) {
-      for (const RowSpec& source : kRows) {
+      for (const RowDesc& source : kRows) {
         if (source.index < kSphereFirst || source.index > kSphereLast) continue;
-        RowSpec copy = source;
+        RowDesc copy = source;
         copy.index += kSphereIndexStep;
         copy.id = kSphere2Ids[source.index - kSphereFirst];
         if (copy.type == ParamType::kGroupStart) copy.name = "Sphere 2";
@@ -497,7 +497,7 @@ constexpr bool idsAreUnique() {
 }
 
 constexpr bool namesFit() {
-  for (const RowSpec& row : kTable) {
+  for (const RowDesc& row : kTable) {
     if (std::string_view(row.name).size() >= size_t(kParamNameBytes)) return false;
   }
   return true;
@@ -521,7 +521,7 @@ int16_t choiceCount(const char* choices) {
   return count;
 }
 
-ParamDef toParamDef(const RowSpec& row, uint32_t hostId) {
+ParamDef toParamDef(const RowDesc& row, uint32_t hostId) {
   ParamDef def = ParamDef::zeroed();
   def.id = row.id;
   def.uiFlags = row.uiFlags;
@@ -618,7 +618,7 @@ int32_t paramIdOf(int32_t index) {
 std::vector<ParamDef> parameterRowsFor(uint32_t hostId) {
   std::vector<ParamDef> rows;
   rows.reserve(kTable.size());
-  for (const RowSpec& row : kTable) {
+  for (const RowDesc& row : kTable) {
     const bool premiereBlur =
         hostId == host_id::kPremiere && row.index == kPremiereMotionBlur.index;
     rows.push_back(toParamDef(premiereBlur ? kPremiereMotionBlur : row, hostId));

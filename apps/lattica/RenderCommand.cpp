@@ -142,7 +142,7 @@ int runRender(const RenderOptions& options) {
       return usageError("the effect could not be set up (host error " + std::to_string(err) + ")");
     }
   } catch (const SceneError& e) {
-    return usageError(e.what());
+    return usageError(fs::path(options.scene).filename().string() + ": " + e.what());
   }
 
   installSignalHandlers();

@@ -257,15 +257,18 @@ class StagedFile {
       temp_ = finalPath.parent_path() / tempName;
       // Registered before it exists, so there is no moment when the file is there untracked.
       slot_ = registry.add(temp_.native());
-      if (slot_ < 0 && registry.closed()) return "interrupted";
+      if (slot_ < 0 && registry.closed()) break;
       fd_ = ::open(temp_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
       if (fd_ >= 0) return {};
       const int e = errno;
       registry.remove(slot_);
       slot_ = -1;
+      temp_.clear();                         // not ours: discard() must not unlink it
       if (e != EEXIST) return errnoText(e);  // EEXIST: a stale leftover; try the next name
     }
-    return "no free temporary file name";
+    const bool interrupted = registry.closed();
+    temp_.clear();
+    return interrupted ? "interrupted" : "no free temporary file name";
   }
 
   int fd() const { return fd_; }

@@ -1,5 +1,7 @@
 #include "ParamStore.h"
 
+#include "ParamTable.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstring>
@@ -21,22 +23,6 @@ bool interpolates(ParamType type) {
     default:
       return false;
   }
-}
-
-std::vector<std::string> splitChoices(const char* choices) {
-  std::vector<std::string> labels;
-  if (!choices) return labels;
-  std::string current;
-  for (const char* c = choices; *c; ++c) {
-    if (*c == '|') {
-      labels.push_back(current);
-      current.clear();
-    } else {
-      current += *c;
-    }
-  }
-  labels.push_back(current);
-  return labels;
 }
 
 constexpr double kFixedLowest = -32768.0;
@@ -129,7 +115,7 @@ ParamStore::Key ParamStore::parseValue(const Row& row, const json& value, const 
       for (size_t i = 0; i < 2; ++i) k.value[i] = number(value[i]);
       break;
     case ParamType::kPopup: {
-      const std::vector<std::string> labels = splitChoices(def.u.popup.choices);
+      const std::vector<std::string> labels = popupChoiceLabels(def.u.popup.choices);
       if (value.is_string()) {
         const std::string label = value.get<std::string>();
         const auto it = std::find(labels.begin(), labels.end(), label);

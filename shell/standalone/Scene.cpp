@@ -256,9 +256,13 @@ SceneSpec loadScene(const std::filesystem::path& file) {
   } catch (const json::parse_error& e) {
     throw SceneError("scene file '" + file.string() + "' is not valid JSON: " + e.what());
   }
-  SceneSpec scene = parseScene(root, file.parent_path());
-  scene.file = file;
-  return scene;
+  try {
+    SceneSpec scene = parseScene(root, file.parent_path());
+    scene.file = file;
+    return scene;
+  } catch (const SceneError& e) {
+    throw SceneError(file.filename().string() + ": " + e.what());
+  }
 }
 
 }  // namespace lattica::standalone
