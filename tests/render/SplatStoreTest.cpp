@@ -1,0 +1,352 @@
+// The chunked record store of one time sample: how records fill chunks, where the store stops
+// (overflow, out of memory), that every chunk goes back to the host, and the draw order.
+
+#include "SplatStore.h"
+
+#include <gtest/gtest.h>
+
+#include <cstddef>
+#include <cstdlib>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "HostTypes.h"
+#include "PluginHost_API.h"
+
+namespace lattica {
+namespace {
+
+// A host that hands out real memory, counts what is alive and can refuse allocations. Nothing
+// but the memory and message operations is ever called by the store.
+class MemoryHost : public PluginHost_API {
+ public:
+  // Every allocation after the first `count` successful ones returns null.
+  void failAllocationsAfter(int64_t count) { allocationsLeft_ = count; }
+
+  int64_t liveHandles() const { return liveHandles_; }
+  int64_t allocations() const { return allocations_; }
+  int64_t lockBalance() const { return lockBalance_; }
+  const std::vector<std::string>& messages() const { return messages_; }
+
+  HostHandle newHandle(int64_t size) override {
+    if (allocationsLeft_ == 0) return nullptr;
+    if (allocationsLeft_ > 0) --allocationsLeft_;
+    auto* block = new Block{std::make_unique<std::byte[]>(size_t(std::llabs(size)))};
+    ++liveHandles_;
+    ++allocations_;
+    return reinterpret_cast<HostHandle>(block);
+  }
+  void* lockHandle(HostHandle handle) override {
+    ++lockBalance_;
+    return blockOf(handle)->bytes.get();
+  }
+  void unlockHandle(HostHandle) override { --lockBalance_; }
+  void disposeHandle(HostHandle handle) override {
+    delete blockOf(handle);
+    --liveHandles_;
+  }
+  void setErrorText(const char* text) override { messages_.emplace_back(text); }
+
+  // Not used by the store.
+  int32_t width() override { return 0; }
+  int32_t height() override { return 0; }
+  HostError clearOutput() override { return host_error::kNone; }
+  HostError clearRaster(PluginRaster_API*, const HostRect*) override { return host_error::kNone; }
+  HostError fillRaster(PluginRaster_API*) override { return host_error::kNone; }
+  PluginRaster_API* outputRaster() override { return nullptr; }
+  PluginRaster_API* newWorld(int32_t, int32_t, int32_t, HostError*, uint32_t) override {
+    return nullptr;
+  }
+  void disposeWorld(PluginRaster_API*) override {}
+  HostError layerInfoOfParam(int32_t, RasterInfo*) override { return 1; }
+  HostError outputInfo(RasterInfo*) override { return 1; }
+  HostError rasterInfo(PluginRaster_API*, RasterInfo*) override { return 1; }
+  int32_t timeScale() override { return 1; }
+  int32_t currentTime() override { return 0; }
+  int32_t timeStep() override { return 1; }
+  int32_t totalTime() override { return 1; }
+  HostError blendRect(PluginRaster_API*, PluginRaster_API*, const HostRect&, Fixed) override {
+    return host_error::kNone;
+  }
+  HostError blendRaster(PluginRaster_API*, PluginRaster_API*, Fixed) override {
+    return host_error::kNone;
+  }
+  HostError isAborted() override { return host_error::kNone; }
+  uint32_t hostId() override { return host_id::kAfterEffects; }
+  HostError checkOutParamAt(int32_t, const TimeTriple&, ParamDef*) override { return 1; }
+
+ private:
+  struct Block {
+    std::unique_ptr<std::byte[]> bytes;
+  };
+  static Block* blockOf(HostHandle handle) { return reinterpret_cast<Block*>(handle); }
+
+  int64_t allocationsLeft_ = -1;
+  int64_t liveHandles_ = 0;
+  int64_t allocations_ = 0;
+  int64_t lockBalance_ = 0;
+  std::vector<std::string> messages_;
+};
+
+constexpr int32_t kPerChunk = SplatChunkTable::kRecordsPerChunk;
+constexpr int32_t kSlots = SplatChunkTable::kChunkSlots;
+
+SplatRecord recordAt(double depth, float size = 2.0f) {
+  SplatRecord r{};
+  r.depth = depth;
+  r.size = size;
+  r.opacity = 1.0f;
+  r.transfer = splat_transfer::kNormal;
+  r.kind = 1;
+  return r;
+}
+
+void appendMany(MemoryHost& host, SplatChunkTable& table, int64_t n, double depth = 1.0) {
+  for (int64_t i = 0; i < n; ++i) appendSplatRecord(host, table, recordAt(depth));
+}
+
+// Flattened and depth-sorted draw order of a closed table, as (chunk, item) pairs.
+std::vector<std::pair<int32_t, int32_t>> drawOrder(const SplatChunkTable& table) {
+  std::vector<SortEntry> entries(size_t(storedRecordCount(table)));
+  flattenSplats(table, entries.data());
+  sortByDepth(entries.data(), int64_t(entries.size()));
+  std::vector<std::pair<int32_t, int32_t>> order;
+  for (const SortEntry& e : entries) order.emplace_back(e.chunk, e.item);
+  return order;
+}
+
+class SplatStoreTest : public ::testing::Test {
+ protected:
+  void SetUp() override { ASSERT_EQ(allocateSplatTable(host, table), host_error::kNone); }
+  void TearDown() override {
+    freeSplatTable(host, table);
+    EXPECT_EQ(host.liveHandles(), 0);
+    EXPECT_EQ(host.lockBalance(), 0);
+  }
+
+  MemoryHost host;
+  SplatChunkTable table;
+};
+
+// ---- Filling chunks ----
+
+TEST_F(SplatStoreTest, EmptyTableHoldsNothingAndCostsOnlyTheTable) {
+  closeSplatTable(table);
+
+  EXPECT_EQ(storedRecordCount(table), 0);
+  EXPECT_EQ(table.status, splat_status::kGood);
+  EXPECT_EQ(table.slots[0].count, 0);
+  EXPECT_EQ(table.slots[0].handle, nullptr);
+  EXPECT_EQ(host.liveHandles(), 1);
+  EXPECT_TRUE(drawOrder(table).empty());
+}
+
+TEST_F(SplatStoreTest, ExactlyOneChunkOfRecordsLeavesTheNextSlotEmptyAndUnallocated) {
+  appendMany(host, table, kPerChunk);
+  closeSplatTable(table);
+
+  EXPECT_EQ(storedRecordCount(table), kPerChunk);
+  EXPECT_EQ(table.chunkIndex, 1);
+  EXPECT_EQ(table.itemIndex, 0);
+  EXPECT_EQ(table.slots[0].count, kPerChunk);
+  EXPECT_EQ(table.slots[1].count, 0);
+  EXPECT_EQ(table.slots[1].handle, nullptr);
+  EXPECT_EQ(table.slots[1].records, nullptr);
+  EXPECT_EQ(host.liveHandles(), 2);  // the table and one chunk
+  EXPECT_EQ(table.status, splat_status::kGood);
+}
+
+TEST_F(SplatStoreTest, OneRecordMoreThanAChunkOpensTheNextChunk) {
+  appendMany(host, table, kPerChunk + 1);
+  closeSplatTable(table);
+
+  EXPECT_EQ(storedRecordCount(table), kPerChunk + 1);
+  EXPECT_EQ(table.slots[1].count, 1);
+  EXPECT_NE(table.slots[1].handle, nullptr);
+  EXPECT_EQ(host.liveHandles(), 3);
+}
+
+TEST_F(SplatStoreTest, StoredRecordKeepsEveryField) {
+  SplatRecord r = recordAt(12.5, 3.25f);
+  r.screenX = 40.5;
+  r.corner[2][3] = -7.0;
+  r.red = 0.25f;
+  r.textureTime = 1234;
+  r.transfer = splat_transfer::kScreen;
+  r.kind = 9;
+  r.normalZ = -1.0;
+  appendSplatRecord(host, table, r);
+
+  const SplatRecord& stored = splatAt(table, 0, 0);
+  EXPECT_EQ(stored.depth, 12.5);
+  EXPECT_EQ(stored.size, 3.25f);
+  EXPECT_EQ(stored.screenX, 40.5);
+  EXPECT_EQ(stored.corner[2][3], -7.0);
+  EXPECT_EQ(stored.red, 0.25f);
+  EXPECT_EQ(stored.textureTime, 1234);
+  EXPECT_EQ(stored.transfer, splat_transfer::kScreen);
+  EXPECT_EQ(stored.kind, 9);
+  EXPECT_EQ(stored.normalZ, -1.0);
+}
+
+TEST_F(SplatStoreTest, RecordWithoutPositiveSizeIsNotStored) {
+  appendSplatRecord(host, table, recordAt(1.0, 0.0f));
+  appendSplatRecord(host, table, recordAt(1.0, -3.0f));
+  closeSplatTable(table);
+
+  EXPECT_EQ(storedRecordCount(table), 0);
+  EXPECT_EQ(table.status, splat_status::kGood);
+  EXPECT_EQ(host.liveHandles(), 1) << "no chunk is opened for a record that is not stored";
+
+  appendSplatRecord(host, table, recordAt(1.0, 0.5f));
+  EXPECT_EQ(storedRecordCount(table), 1);
+}
+
+// ---- Where the store stops ----
+
+// Filling 10000 chunks for real takes 2.5 GB, so the table is positioned at the start of chunk
+// 9998 (index) as if the chunks before it were full; the two chunks that follow are filled
+// through the ordinary appends.
+TEST_F(SplatStoreTest, OverflowFiresWhenTheRecordFillingTheLastChunkIsStored) {
+  table.chunkIndex = kSlots - 2;
+  table.itemIndex = 0;
+
+  appendMany(host, table, kPerChunk);
+  EXPECT_EQ(table.status, splat_status::kGood) << "filling chunk 9999 of 10000 is no overflow";
+  EXPECT_EQ(table.chunkIndex, kSlots - 1);
+
+  appendMany(host, table, kPerChunk - 1);
+  EXPECT_EQ(table.status, splat_status::kGood);
+  EXPECT_TRUE(host.messages().empty());
+
+  appendSplatRecord(host, table, recordAt(1.0));
+  EXPECT_EQ(table.status, splat_status::kOverflow);
+  EXPECT_EQ(host.messages(), std::vector<std::string>{"Particle Overflow Error"});
+  EXPECT_EQ(table.slots[kSlots - 1].count, kPerChunk);
+
+  // Generation runs on to its end; nothing more is stored, allocated or shown.
+  const int64_t stored = storedRecordCount(table);
+  const int64_t allocations = host.allocations();
+  appendMany(host, table, 2 * kPerChunk + 5);
+  closeSplatTable(table);
+  EXPECT_EQ(storedRecordCount(table), stored);
+  EXPECT_EQ(host.allocations(), allocations);
+  EXPECT_EQ(host.messages().size(), 1u);
+  EXPECT_EQ(table.status, splat_status::kOverflow);
+}
+
+TEST_F(SplatStoreTest, FailedChunkAllocationStopsTheStoreWithoutLeaking) {
+  appendMany(host, table, kPerChunk);  // chunk 0
+  host.failAllocationsAfter(0);
+
+  appendSplatRecord(host, table, recordAt(1.0));
+  EXPECT_EQ(table.status, splat_status::kOutOfMemory);
+  EXPECT_EQ(table.slots[1].handle, nullptr);
+  EXPECT_EQ(table.slots[1].records, nullptr);
+
+  // Memory is back, but the store stays stopped.
+  host.failAllocationsAfter(-1);
+  appendMany(host, table, 3);
+  closeSplatTable(table);
+  EXPECT_EQ(table.status, splat_status::kOutOfMemory);
+  EXPECT_EQ(storedRecordCount(table), kPerChunk);
+  EXPECT_EQ(host.liveHandles(), 2);
+  EXPECT_TRUE(host.messages().empty());
+}
+
+TEST(SplatStoreAllocation, TableRefusedByTheHostIsOutOfMemoryAndSafeToFree) {
+  MemoryHost host;
+  host.failAllocationsAfter(0);
+  SplatChunkTable table;
+
+  EXPECT_EQ(allocateSplatTable(host, table), host_error::kOutOfMemory);
+  freeSplatTable(host, table);
+  EXPECT_EQ(host.liveHandles(), 0);
+}
+
+TEST(SplatStoreAllocation, FreeingGivesBackEveryChunkAndTheTable) {
+  MemoryHost host;
+  SplatChunkTable table;
+  ASSERT_EQ(allocateSplatTable(host, table), host_error::kNone);
+  appendMany(host, table, 2 * kPerChunk + 100);
+  closeSplatTable(table);
+  ASSERT_EQ(host.liveHandles(), 4);
+
+  freeSplatTable(host, table);
+  EXPECT_EQ(host.liveHandles(), 0);
+  EXPECT_EQ(host.lockBalance(), 0);
+  EXPECT_EQ(table.slots, nullptr);
+  EXPECT_EQ(table.tableHandle, nullptr);
+  EXPECT_EQ(storedRecordCount(table), 0);
+
+  freeSplatTable(host, table);  // a second free finds nothing to give back
+  EXPECT_EQ(host.liveHandles(), 0);
+}
+
+TEST(SplatStoreAllocation, ScopedTableIsFreedWhenItsSampleEnds) {
+  MemoryHost host;
+  {
+    ScopedSplatTable store(host);
+    ASSERT_EQ(store.allocate(), host_error::kNone);
+    appendMany(host, store.table(), kPerChunk + 1);
+    ASSERT_EQ(host.liveHandles(), 3);
+  }
+  EXPECT_EQ(host.liveHandles(), 0);
+}
+
+// ---- Draw order ----
+
+TEST_F(SplatStoreTest, FarRecordsDrawFirst) {
+  for (double depth : {5.0, 9.0, 5.5, 7.0}) appendSplatRecord(host, table, recordAt(depth));
+  closeSplatTable(table);
+
+  const std::vector<std::pair<int32_t, int32_t>> expected = {{0, 1}, {0, 3}, {0, 2}, {0, 0}};
+  EXPECT_EQ(drawOrder(table), expected);
+}
+
+TEST_F(SplatStoreTest, EqualDepthsDrawInGenerationOrderAcrossChunks) {
+  // Enough equal keys that an unstable sort would scramble them if the tie-break were missing.
+  appendMany(host, table, 2 * kPerChunk + 30, 3.0);
+  appendSplatRecord(host, table, recordAt(4.0));  // the last record is the farthest
+  closeSplatTable(table);
+
+  const auto order = drawOrder(table);
+  ASSERT_EQ(order.size(), size_t(2 * kPerChunk + 31));
+  EXPECT_EQ(order.front(), std::make_pair(2, 30));
+  for (size_t n = 1; n < order.size(); ++n) {
+    const auto expected = std::make_pair(int32_t((n - 1) / kPerChunk), int32_t((n - 1) % kPerChunk));
+    ASSERT_EQ(order[n], expected) << "entry " << n;
+  }
+}
+
+TEST_F(SplatStoreTest, DepthsThatNarrowToTheSameFloatTie) {
+  // 1 + 1e-10 is a larger double, but the same float as 1.
+  appendSplatRecord(host, table, recordAt(1.0));
+  appendSplatRecord(host, table, recordAt(1.0 + 1e-10));
+  // The next float above 1 is a real difference.
+  appendSplatRecord(host, table, recordAt(1.0 + 1.0 / (1 << 23)));
+  closeSplatTable(table);
+
+  std::vector<SortEntry> entries(3);
+  flattenSplats(table, entries.data());
+  EXPECT_EQ(entries[1].depth, 1.0f);
+
+  const std::vector<std::pair<int32_t, int32_t>> expected = {{0, 2}, {0, 0}, {0, 1}};
+  EXPECT_EQ(drawOrder(table), expected);
+}
+
+TEST(SplatDrawOrder, TiesGoByChunkBeforeItem) {
+  std::vector<SortEntry> entries = {
+      {1, 0, 2.0f}, {0, 7, 2.0f}, {0, 3, 2.0f}, {2, 1, 8.0f}, {0, 9, 0.5f}, {1, 2, 2.0f}};
+  sortByDepth(entries.data(), int64_t(entries.size()));
+
+  std::vector<std::pair<int32_t, int32_t>> order;
+  for (const SortEntry& e : entries) order.emplace_back(e.chunk, e.item);
+  const std::vector<std::pair<int32_t, int32_t>> expected = {{2, 1}, {0, 3}, {0, 7},
+                                                            {1, 0}, {1, 2}, {0, 9}};
+  EXPECT_EQ(order, expected);
+}
+
+}  // namespace
+}  // namespace lattica
