@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+#include "support/NullHost.h"
+
 #include <array>
 #include <cstddef>
 #include <iterator>
@@ -122,7 +124,7 @@ class FakeParams {
 };
 
 // A host that serves a parameter array and a point frame size; everything else is inert.
-class FakeHost : public PluginHost_API {
+class FakeHost : public test_support::NullHost {
  public:
   FakeHost(uint32_t id, const FakeParams* params) : id_(id), params_(params) {}
 
@@ -139,32 +141,6 @@ class FakeHost : public PluginHost_API {
   // The output is deliberately another size than the point frame.
   int32_t width() override { return 37; }
   int32_t height() override { return 23; }
-  HostError clearOutput() override { return 0; }
-  HostError clearRaster(PluginRaster_API*, const HostRect*) override { return 0; }
-  HostError fillRaster(PluginRaster_API*) override { return 0; }
-  PluginRaster_API* outputRaster() override { return nullptr; }
-  PluginRaster_API* newWorld(int32_t, int32_t, int32_t, HostError*, uint32_t) override {
-    return nullptr;
-  }
-  void disposeWorld(PluginRaster_API*) override {}
-  HostError layerInfoOfParam(int32_t, RasterInfo*) override { return 0; }
-  HostError outputInfo(RasterInfo*) override { return 0; }
-  HostError rasterInfo(PluginRaster_API*, RasterInfo*) override { return 0; }
-  HostHandle newHandle(int64_t) override { return nullptr; }
-  void* lockHandle(HostHandle) override { return nullptr; }
-  void unlockHandle(HostHandle) override {}
-  void disposeHandle(HostHandle) override {}
-  void setErrorText(const char*) override {}
-  int32_t timeScale() override { return 1; }
-  int32_t currentTime() override { return 0; }
-  int32_t timeStep() override { return 1; }
-  int32_t totalTime() override { return 1; }
-  HostError blendRect(PluginRaster_API*, PluginRaster_API*, const HostRect&, Fixed) override {
-    return 0;
-  }
-  HostError blendRaster(PluginRaster_API*, PluginRaster_API*, Fixed) override { return 0; }
-  HostError isAborted() override { return 0; }
-  HostError checkOutParamAt(int32_t, const TimeTriple&, ParamDef*) override { return 0; }
 
  private:
   uint32_t id_;

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "support/NullHost.h"
+
 #include <cstring>
 #include <map>
 #include <set>
@@ -12,7 +14,7 @@ namespace lattica {
 namespace {
 
 // A host that records what the build hands it; addParam can be told to fail at one row.
-class RecordingHost : public PluginHost_API {
+class RecordingHost : public test_support::NullHost {
  public:
   explicit RecordingHost(uint32_t id) : id_(id) {}
 
@@ -31,34 +33,6 @@ class RecordingHost : public PluginHost_API {
   void setParamCount(int32_t count) override { reportedCount = count; }
   uint32_t hostId() override { return id_; }
 
-  int32_t width() override { return 0; }
-  int32_t height() override { return 0; }
-  HostError clearOutput() override { return 0; }
-  HostError clearRaster(PluginRaster_API*, const HostRect*) override { return 0; }
-  HostError fillRaster(PluginRaster_API*) override { return 0; }
-  PluginRaster_API* outputRaster() override { return nullptr; }
-  PluginRaster_API* newWorld(int32_t, int32_t, int32_t, HostError*, uint32_t) override {
-    return nullptr;
-  }
-  void disposeWorld(PluginRaster_API*) override {}
-  HostError layerInfoOfParam(int32_t, RasterInfo*) override { return 0; }
-  HostError outputInfo(RasterInfo*) override { return 0; }
-  HostError rasterInfo(PluginRaster_API*, RasterInfo*) override { return 0; }
-  HostHandle newHandle(int64_t) override { return nullptr; }
-  void* lockHandle(HostHandle) override { return nullptr; }
-  void unlockHandle(HostHandle) override {}
-  void disposeHandle(HostHandle) override {}
-  void setErrorText(const char*) override {}
-  int32_t timeScale() override { return 1; }
-  int32_t currentTime() override { return 0; }
-  int32_t timeStep() override { return 1; }
-  int32_t totalTime() override { return 0; }
-  HostError blendRect(PluginRaster_API*, PluginRaster_API*, const HostRect&, Fixed) override {
-    return 0;
-  }
-  HostError blendRaster(PluginRaster_API*, PluginRaster_API*, Fixed) override { return 0; }
-  HostError isAborted() override { return 0; }
-  HostError checkOutParamAt(int32_t, const TimeTriple&, ParamDef*) override { return 0; }
 
  private:
   uint32_t id_;

@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include "support/NullHost.h"
+
 #include <cstddef>
 #include <cstdlib>
 #include <memory>
@@ -19,7 +21,7 @@ namespace {
 
 // A host that hands out real memory, counts what is alive and can refuse allocations. Nothing
 // but the memory and message operations is ever called by the store.
-class MemoryHost : public PluginHost_API {
+class MemoryHost : public test_support::NullHost {
  public:
   // Every allocation after the first `count` successful ones returns null.
   void failAllocationsAfter(int64_t count) { allocationsLeft_ = count; }
@@ -48,33 +50,6 @@ class MemoryHost : public PluginHost_API {
   }
   void setErrorText(const char* text) override { messages_.emplace_back(text); }
 
-  // Not used by the store.
-  int32_t width() override { return 0; }
-  int32_t height() override { return 0; }
-  HostError clearOutput() override { return host_error::kNone; }
-  HostError clearRaster(PluginRaster_API*, const HostRect*) override { return host_error::kNone; }
-  HostError fillRaster(PluginRaster_API*) override { return host_error::kNone; }
-  PluginRaster_API* outputRaster() override { return nullptr; }
-  PluginRaster_API* newWorld(int32_t, int32_t, int32_t, HostError*, uint32_t) override {
-    return nullptr;
-  }
-  void disposeWorld(PluginRaster_API*) override {}
-  HostError layerInfoOfParam(int32_t, RasterInfo*) override { return 1; }
-  HostError outputInfo(RasterInfo*) override { return 1; }
-  HostError rasterInfo(PluginRaster_API*, RasterInfo*) override { return 1; }
-  int32_t timeScale() override { return 1; }
-  int32_t currentTime() override { return 0; }
-  int32_t timeStep() override { return 1; }
-  int32_t totalTime() override { return 1; }
-  HostError blendRect(PluginRaster_API*, PluginRaster_API*, const HostRect&, Fixed) override {
-    return host_error::kNone;
-  }
-  HostError blendRaster(PluginRaster_API*, PluginRaster_API*, Fixed) override {
-    return host_error::kNone;
-  }
-  HostError isAborted() override { return host_error::kNone; }
-  uint32_t hostId() override { return host_id::kAfterEffects; }
-  HostError checkOutParamAt(int32_t, const TimeTriple&, ParamDef*) override { return 1; }
 
  private:
   struct Block {
