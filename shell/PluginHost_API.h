@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <functional>
 
+#include "CameraRecord.h"
 #include "HostTypes.h"
 #include "ParamDef.h"
 #include "PluginRaster_API.h"
@@ -244,6 +245,15 @@ class PluginHost_API {
   // Multi-threaded row iteration; rows write disjoint pixels and make no host calls.
   virtual bool hasRowIteration() { return false; }
   virtual HostError iterateRows(int32_t rowCount, const RowFunction& work);
+  // The composition's active camera at a time. found is false when the comp has none; out's
+  // defaultDistance is set in either case. A non-zero result means the camera could not be had.
+  // The default has no camera, and takes the default distance of a comp of the layer's full size.
+  virtual HostError frameCamera(const TimeTriple& /*t*/, CameraRecord* out, bool* found) {
+    *out = CameraRecord{};
+    out->defaultDistance = double(width()) / downsampleX() * 50.0 / 36.0;
+    *found = false;
+    return host_error::kNone;
+  }
 
  protected:
   int32_t sizeOverride_[2] = {-1, -1};

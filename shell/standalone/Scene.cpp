@@ -4,6 +4,8 @@
 #include <fstream>
 #include <set>
 
+#include "StandaloneCamera.h"
+
 namespace lattica::standalone {
 namespace {
 
@@ -200,9 +202,7 @@ SceneSpec parseScene(const json& root, const std::filesystem::path& folder) {
   if (!r.has("composition")) fail("composition", "missing");
   scene.composition = readComposition(r.at("composition"));
   if (r.has("camera")) {
-    ObjectReader(r.at("camera"), "camera",
-                 {"type", "position", "pointOfInterest", "orientation", "zoom", "depthOfField",
-                  "focusDistance", "aperture", "blurLevel"});
+    checkSceneCamera(r.at("camera"));
     scene.camera = r.at("camera");
   }
   if (r.has("lights")) {

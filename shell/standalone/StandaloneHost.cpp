@@ -10,6 +10,8 @@
 #include <tbb/parallel_for.h>
 #include <tbb/task_arena.h>
 
+#include "StandaloneCamera.h"
+
 namespace lattica {
 
 // A block of host memory.
@@ -294,6 +296,16 @@ HostError StandaloneHost::iterateRows(int32_t rowCount, const RowFunction& work)
                       });
   });
   return failure;
+}
+
+HostError StandaloneHost::frameCamera(const TimeTriple& t, CameraRecord* out, bool* found) {
+  try {
+    *found = sceneCameraAt(scene_, seconds(t), out);
+  } catch (const SceneError&) {
+    *found = false;
+    return 1;
+  }
+  return host_error::kNone;
 }
 
 }  // namespace lattica::standalone

@@ -108,6 +108,8 @@ class StandaloneHost : public PluginHost_API {
   void showInfoLine(const char* text) override;
   bool hasRowIteration() override { return true; }
   HostError iterateRows(int32_t rowCount, const RowFunction& work) override;
+  // The scene's camera at the time; a camera the scene cannot give is error 1.
+  HostError frameCamera(const TimeTriple& t, CameraRecord* out, bool* found) override;
 
  private:
   static Image& imageOf(PluginRaster_API* raster);

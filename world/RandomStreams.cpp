@@ -1,0 +1,40 @@
+#include "RandomStreams.h"
+
+namespace lattica {
+
+void RandomStreams::stepRow() {
+  stringSeed = lcgStep(stringSeed);
+  dispersePositionX = lcgStep(dispersePositionX);
+  dispersePositionY = lcgStep(dispersePositionY);
+  dispersePositionZ = lcgStep(dispersePositionZ);
+}
+
+void RandomStreams::stepSizeOpacity() {
+  sizeSeed = lcgStep(sizeSeed);
+  opacitySeed = lcgStep(opacitySeed);
+}
+
+void RandomStreams::stepDisperseYXZ() {
+  dispersePositionY = lcgStep(dispersePositionY);
+  dispersePositionX = lcgStep(dispersePositionX);
+  dispersePositionZ = lcgStep(dispersePositionZ);
+}
+
+void RandomStreams::stepRotation() {
+  rotationSeedX = lcgStep(rotationSeedX);
+  rotationSeedY = lcgStep(rotationSeedY);
+  rotationSeedZ = lcgStep(rotationSeedZ);
+}
+
+void RandomStreams::stepPoint() {
+  stepDisperseYXZ();
+  stepSizeOpacity();
+  stepRotation();
+}
+
+int32_t RandomStreams::setTextureSeed(int32_t truncatedRandomSeed) {
+  textureSeed = mixTextureSeed(truncatedRandomSeed, dispersePositionY);
+  return textureSeed;
+}
+
+}  // namespace lattica
