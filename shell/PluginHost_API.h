@@ -238,6 +238,8 @@ class PluginHost_API {
     *w = width();
     *h = height();
   }
+  // Size of the composition the layer lives in, at full resolution.
+  virtual void compSize(int32_t* w, int32_t* h) { pointFrameSize(w, h); }
   // The status line that shows the count line.
   virtual void showInfoLine(const char*) {}
   // Preview record, or null in an ordinary render.

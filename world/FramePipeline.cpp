@@ -1,12 +1,16 @@
 #include "FramePipeline.h"
 
+#include "BaseLattice.h"
+#include "Camera.h"
 #include "Composite.h"
+#include "FieldChain.h"
 #include "MotionBlur.h"
 #include "ParamIndex.h"
 #include "ParamTable.h"
 #include "ParticleCount.h"
-#include "SplatStore.h"
 #include "RasterHolders.h"
+#include "SplatDraw.h"
+#include "SplatStore.h"
 
 namespace lattica {
 namespace {
@@ -21,9 +25,47 @@ HostError readSliderAt(PluginHost_API& host, int32_t index, const TimeTriple& t,
   return host.paramSliderAt(index, host.hostIs(host_id::kFinalCut) ? id : -id, t, value);
 }
 
+// Record of a particle that passed the view test, as the kernels draw it.
+SplatRecord splatRecordOf(const Particle& p) {
+  SplatRecord r{};
+  r.screenX = p.screenPosition[0];
+  r.screenY = p.screenPosition[1];
+  r.depth = p.screenPosition[2];
+  r.screenW = p.screenPosition[3];
+  r.viewX = p.cameraPosition[0];
+  r.viewY = p.cameraPosition[1];
+  r.viewZ = p.cameraPosition[2];
+  r.viewW = p.cameraPosition[3];
+  const bool polygon = p.particleType >= 9 && p.particleType <= 11;
+  for (int c = 0; c < 4; ++c) {
+    for (int k = 0; k < 4; ++k) r.corner[c][k] = polygon ? p.corners[c][k] : 0.0;
+  }
+  r.size = p.screenSize;
+  r.opacity = p.opacity;
+  r.red = p.colorR;
+  r.green = p.colorG;
+  r.blue = p.colorB;
+  r.feather = p.feather;
+  r.rotationZ = p.rotationZ;
+  r.textureTime = p.textureTime;
+  r.transfer = p.transferMode;
+  r.kind = p.particleType;
+  r.transferMix = 0.0f;
+  if (polygon) {
+    r.normalX = p.polygonNormal[0];
+    r.normalY = p.polygonNormal[1];
+    r.normalZ = p.polygonNormal[2];
+  } else {
+    r.normalX = 0.0;
+    r.normalY = 0.0;
+    r.normalZ = -1.0;
+  }
+  return r;
+}
+
 // State of one time sample that the stages share.
 template <typename Kind>
-class TimeSample {
+class TimeSample : private LatticeVisitor {
  public:
   TimeSample(PluginHost_API& host, int32_t time, PluginRaster_API* target,
              const PreviewState& preview, const FrameParameters& params)
@@ -40,6 +82,7 @@ class TimeSample {
     if (store_.allocate() != host_error::kNone) return engine_status::kOutOfMemory;
     setUpFields();
     if (const HostError err = host_.clearRaster(target_)) return err;
+    if (const HostError err = host_.rasterInfo(target_, &targetInfo_)) return err;
     readSpriteMetrics();
     int32_t status = buildCamera();
     if (status == engine_status::kGood) status = buildLights();
@@ -60,14 +103,51 @@ class TimeSample {
   // Pending one-shot settings carried in the saved record; none are pending on this record.
   void applyPendingOverrides() {}
 
-  // Master field block and fractal block of the sample.
-  void setUpFields() {}
+  // Master field block of the sample.
+  void setUpFields() {
+    int32_t layerWidth = 0;
+    int32_t layerHeight = 0;
+    layerWidth = host_.width();
+    layerHeight = host_.height();
+    lattice_ = makeLatticeSetup(params_, scalars_, layerWidth, layerHeight, preview_.active != 0);
+    const double center[3] = {lattice_.centerX, lattice_.centerY, lattice_.centerZ};
+    const WorldTransform world = worldTransformOf(params_, center);
+    master_.center[0] = float(center[0]);
+    master_.center[1] = float(center[1]);
+    master_.center[2] = float(center[2]);
+    master_.baseLatticaMatrix = lattice_.baseLatticaMatrix;
+    master_.disperseStrength = 1.0f;
+    master_.twist = float(params_.twist);
+    master_.world = world.world;
+    master_.worldNormal = world.normal;
+    master_.worldScale = world.scale;
+    visibility_ = visibilityBlockOf(params_);
+  }
 
   // Texture layer size, aspect and duration for the sprite kinds.
   void readSpriteMetrics() {}
 
   // The view of the sample; a missing camera shows its message and fails the sample.
-  int32_t buildCamera() { return engine_status::kGood; }
+  int32_t buildCamera() {
+    ViewSettings settings;
+    int32_t compWidth = 0;
+    int32_t compHeight = 0;
+    host_.compSize(&compWidth, &compHeight);
+    settings.compWidth = compWidth;
+    settings.compHeight = compHeight;
+    settings.pixelAspect = scalars_.pixelAspect;
+    settings.downsampleX = scalars_.downsampleX;
+    settings.downsampleY = scalars_.downsampleY;
+    settings.outputWidth = targetInfo_.width;
+    settings.outputHeight = targetInfo_.height;
+    settings.renderMode = params_.renderMode;
+    const TimeTriple t{time_, host_.timeStep(), host_.timeScale()};
+    if (buildViewBlock(host_, t, settings, preview_, &view_, &dof_) != host_error::kNone) {
+      showCameraMissing(host_);
+      return engine_status::kFailed;
+    }
+    return engine_status::kGood;
+  }
 
   // Light lists and the reflection map when shading is on.
   int32_t buildLights() { return engine_status::kGood; }
@@ -75,11 +155,76 @@ class TimeSample {
   // Flow sums over the timeline up to this time, and the loop matrix.
   void integrateFlow() {}
 
-  // Lattice geometry, random seeds, map selectors, audio levels and matrices.
-  void setUpParticles() {}
+  // Map selectors, audio levels and the per-particle constants of the sample.
+  void setUpParticles() {
+    timeSeconds_ = float(double(time_) / double(host_.timeScale()));
+    working_ = Particle{};
+    working_.feather = float(params_.sphereFeather / 100.0);
+    working_.transferMode = uint8_t(params_.particleTransferMode + 1);
+    working_.particleType = uint8_t(params_.particleType + 1);
+    working_.shadowlet = int32_t(params_.shadowlet);
+    working_.normalZSign = 1.0f;
+  }
 
   // Walks the chosen base lattice; each particle runs the tail and the field chain.
-  int32_t generate() { return engine_status::kGood; }
+  int32_t generate() {
+    const LatticeRunResult result = runBaseLattice(lattice_, *this);
+    totalCount_ = int32_t(result.total);
+    return result.status;
+  }
+
+  // ---- The tail of one particle ----
+
+  void onZLayer(int32_t) override {}
+
+  bool onParticle(const LatticeParticle& lattice) override {
+    working_.baseSize = lattice.baseSize;
+    working_.opacity = lattice.opacity;
+    working_.colorR = lattice.colorR;
+    working_.colorG = lattice.colorG;
+    working_.colorB = lattice.colorB;
+    working_.textureTime = lattice.textureTime;
+    FieldBlock fields = master_;
+    if (!((working_.baseSize > 0 || params_.affectSize > 0) &&
+          (working_.opacity > 0 || params_.affectOpacity > 0))) {
+      return false;
+    }
+    const ParticleBase base = lattice.particleBase(0.0, 0.0, 0.0);
+    const float rotationZ = working_.rotationZ;
+    const float rotationX = working_.rotationX;
+    const float rotationY = working_.rotationY;
+    runFieldPass(lattice, base, fields);
+    working_.rotationZ = rotationZ;
+    working_.rotationX = rotationX;
+    working_.rotationY = rotationY;
+    return true;
+  }
+
+  int32_t checkAbort() override { return host_.isAborted(); }
+
+  // Steps 13 to 16 for one pass: field chain, early test, projection and fades, store.
+  void runFieldPass(const LatticeParticle& lattice, const ParticleBase& base,
+                    const FieldBlock& fields) {
+    Particle& p = working_;
+    rotateParticle(p, base, lattice.rotationSeedX, lattice.rotationSeedY, lattice.rotationSeedZ,
+                   timeSeconds_);
+    placeParticle(p, base, fields.baseLatticaMatrix);
+    disperseParticle(p, fields.disperseStrength, lattice.disperseVector);
+    twistParticle(p, fields.twist, fields.center);
+    applyWorldTransform(p, fields.world, fields.worldScale);
+    if (p.opacity <= 0 || p.size <= 0) return;
+    projectParticle(p, view_);
+    const bool inView = passesViewTest(p, view_);
+    applyDistanceFades(p, visibility_, view_);
+    if (!(p.screenPosition[2] > 0)) return;
+    if (motionPreview()) {
+      plotPreviewPoint<Kind>(targetInfo_, p.screenPosition[0], p.screenPosition[1], p.colorR,
+                             p.colorG, p.colorB);
+      ++previewPointCount_;
+    } else if (inView) {
+      appendSplatRecord(host_, store_.table(), splatRecordOf(p));
+    }
+  }
 
   // Wire spheres of the spherical fields, drawn before the particles.
   void drawFieldVisualisation() {}
@@ -103,17 +248,17 @@ class TimeSample {
     if (transfer == splat_transfer::kNormal || transfer == splat_transfer::kLighten) {
       sortByDepth(order.data(), count);
     }
-    return splat(order.data(), count);
-  }
-
-  // Draws the ordered records; the abort check runs every 1024 entries.
-  int32_t splat(const SortEntry*, int64_t count) {
-    for (int64_t i = 0; i < count; ++i) {
-      if ((i & 1023) == 0 && !preview_.active) {
-        if (const HostError abort = host_.isAborted()) return abort;
-      }
-    }
-    return engine_status::kGood;
+    SplatDrawSettings draw;
+    draw.dof = dof_;
+    draw.downsampleX = scalars_.downsampleX;
+    draw.dofPasses = dofBoxPassCount(int32_t(params_.renderMode + 1));
+    draw.glowSize = params_.glowSize * 0.01;
+    draw.glowOpacity = params_.glowOpacity * 0.01;
+    draw.glowFeather = params_.glowFeather * 0.01;
+    draw.glowTransfer = int32_t(params_.glowTransferMode + 1);
+    draw.allowThreads = true;
+    draw.previewActive = preview_.active != 0;
+    return renderSplats<Kind>(host_, targetInfo_, table, order.data(), count, draw);
   }
 
   int32_t finish(int32_t status) {
@@ -130,6 +275,14 @@ class TimeSample {
   const FrameParameters& params_;
   FrameScalars scalars_;
   ScopedSplatTable store_;
+  RasterInfo targetInfo_;
+  LatticeSetup lattice_;
+  FieldBlock master_{};
+  VisibilityBlock visibility_{};
+  ViewBlock view_{};
+  DofSetup dof_{};
+  Particle working_{};
+  float timeSeconds_ = 0;
   int32_t totalCount_ = 0;
   int32_t previewPointCount_ = 0;
 };
@@ -167,21 +320,20 @@ HostError readFrameScalars(PluginHost_API& host, int32_t time, const PreviewStat
     out.scaleX *= preview.viewScaleX;
     out.scaleY *= preview.viewScaleY;
   }
-  if (const HostError err = readSliderAt(host, param_index::kParticleSizeRandom, t,
-                                         &out.sizeRandom)) {
+  if (const HostError err =
+          readSliderAt(host, param_index::kParticleSizeRandom, t, &out.sizeRandom)) {
     return err;
   }
-  if (const HostError err = readSliderAt(host, param_index::kParticleOpacityRandom, t,
-                                         &out.opacityRandom)) {
+  if (const HostError err =
+          readSliderAt(host, param_index::kParticleOpacityRandom, t, &out.opacityRandom)) {
     return err;
   }
   out.sizeRandom *= 0.01;
   out.opacityRandom *= 0.01;
   double r = 1, g = 1, b = 1;
   if (host.colorParamFloat(param_index::kParticleColor, t, &r, &g, &b) != host_error::kNone) {
-    if (const HostError err =
-            host.paramColorAt(param_index::kParticleColor, paramIdOf(param_index::kParticleColor),
-                              t, &r, &g, &b)) {
+    if (const HostError err = host.paramColorAt(
+            param_index::kParticleColor, paramIdOf(param_index::kParticleColor), t, &r, &g, &b)) {
       return err;
     }
   }
@@ -206,9 +358,9 @@ int32_t renderFrameWithBlur(PluginHost_API& host) {
   const int32_t now = host.currentTime();
   const int32_t step = host.timeStep();
   int32_t blurMode = motion_blur_mode::kOff;
-  if (const HostError err = host.paramPopupAt(param_index::kMotionBlur,
-                                              paramIdOf(param_index::kMotionBlur),
-                                              timeAt(host, now), &blurMode)) {
+  if (const HostError err =
+          host.paramPopupAt(param_index::kMotionBlur, paramIdOf(param_index::kMotionBlur),
+                            timeAt(host, now), &blurMode)) {
     return err;
   }
   double angle = params.shutterAngle / 360.0;
@@ -231,8 +383,8 @@ int32_t renderFrameWithBlur(PluginHost_API& host) {
   } else {
     if (const HostError err = host.clearRaster(output.get())) return err;
     HostError worldError = host_error::kNone;
-    ScopedWorld temporary(host, host.newWorld(output->width(), output->height(),
-                                              Kind::kDepthClass, &worldError, 0));
+    ScopedWorld temporary(
+        host, host.newWorld(output->width(), output->height(), Kind::kDepthClass, &worldError, 0));
     if (!temporary) return worldError ? worldError : engine_status::kOutOfMemory;
     for (int32_t i = 0; i < plan.levels && status == engine_status::kGood; ++i) {
       status = RenderTimeSample<Kind>(host, sampleTime(plan, i), temporary.get(), preview, params);
@@ -245,9 +397,9 @@ int32_t renderFrameWithBlur(PluginHost_API& host) {
   return composeOutput<Kind>(host, params);
 }
 
-#define LATTICA_INSTANTIATE_PIPELINE(Kind)                                                     \
-  template int32_t renderFrameWithBlur<Kind>(PluginHost_API&);                                 \
-  template int32_t RenderTimeSample<Kind>(PluginHost_API&, int32_t, PluginRaster_API*,         \
+#define LATTICA_INSTANTIATE_PIPELINE(Kind)                                             \
+  template int32_t renderFrameWithBlur<Kind>(PluginHost_API&);                         \
+  template int32_t RenderTimeSample<Kind>(PluginHost_API&, int32_t, PluginRaster_API*, \
                                           const PreviewState&, const FrameParameters&);
 LATTICA_INSTANTIATE_PIPELINE(PixelArgb8)
 LATTICA_INSTANTIATE_PIPELINE(PixelBgra8)

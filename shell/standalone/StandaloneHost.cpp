@@ -274,6 +274,11 @@ void StandaloneHost::pointFrameSize(int32_t* w, int32_t* h) {
   *h = sourceHeight();
 }
 
+void StandaloneHost::compSize(int32_t* w, int32_t* h) {
+  *w = scene_.composition.width;
+  *h = scene_.composition.height;
+}
+
 void StandaloneHost::showInfoLine(const char* text) { sink_.info(text); }
 
 HostError StandaloneHost::iterateRows(int32_t rowCount, const RowFunction& work) {

@@ -105,6 +105,7 @@ class StandaloneHost : public PluginHost_API {
   void setParamCount(int32_t count) override { params_.setReportedCount(count); }
   HostError checkOutParamAt(int32_t index, const TimeTriple& t, ParamDef* out) override;
   void pointFrameSize(int32_t* w, int32_t* h) override;
+  void compSize(int32_t* w, int32_t* h) override;
   void showInfoLine(const char* text) override;
   bool hasRowIteration() override { return true; }
   HostError iterateRows(int32_t rowCount, const RowFunction& work) override;

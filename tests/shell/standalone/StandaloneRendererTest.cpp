@@ -37,8 +37,9 @@ bool allZero(const Image& image) {
   return true;
 }
 
-TEST(StandaloneRenderer, ACompositionAloneGivesATransparentFrameInEveryPixelKind) {
-  const SceneSpec scene = compScene(37, 21);
+TEST(StandaloneRenderer, AFrameWithoutParticlesIsTransparentInEveryPixelKind) {
+  const SceneSpec scene =
+      compScene(37, 21, {{"effect", {{"parameters", {{"Particle/Size", 0}}}}}});
   const struct {
     int32_t depthClass;
     bool bgra;
@@ -64,6 +65,28 @@ TEST(StandaloneRenderer, ACompositionAloneGivesATransparentFrameInEveryPixelKind
     EXPECT_EQ(sink.infos, std::vector<std::string>{"Total: 0   Visible: 0"});
     EXPECT_TRUE(sink.messages.empty());
     EXPECT_EQ(renderer.host().liveHandles(), 0);
+  }
+}
+
+TEST(StandaloneRenderer, TheDefaultLatticeDrawsTheSameBytesTwiceAndOnAnyNumberOfThreads) {
+  const SceneSpec scene = compScene(320, 240);
+  std::vector<uint8_t> first;
+  for (int32_t threads : {1, 4, 1}) {
+    RecordingSink sink;
+    HostSettings settings;
+    settings.threads = threads;
+    settings.depthClass = depth_class::kFloat;
+    StandaloneRenderer renderer(scene, settings, sink);
+    ASSERT_EQ(renderer.setUp(), 0);
+    const FrameResult result = renderer.renderFrame(0);
+    ASSERT_EQ(result.status, 0);
+    // 70 x 70 x 3 particles; the nearest layer reaches past the top and bottom edges.
+    EXPECT_EQ(sink.infos, std::vector<std::string>{"Total: 14700   Visible: 14280"});
+    const uint8_t* bytes = result.image->pixels();
+    const std::vector<uint8_t> image(bytes, bytes + size_t(result.image->rowBytes()) * 240);
+    EXPECT_FALSE(allZero(*result.image));
+    if (first.empty()) first = image;
+    EXPECT_EQ(image, first) << threads << " threads";
   }
 }
 
