@@ -6,7 +6,7 @@
 
 #include <gtest/gtest.h>
 
-#include "support/NullHost.h"
+#include "NullHost.h"
 
 #include <array>
 #include <cstddef>
@@ -124,7 +124,7 @@ class FakeParams {
 };
 
 // A host that serves a parameter array and a point frame size; everything else is inert.
-class FakeHost : public test_support::NullHost {
+class FakeHost : public NullHost {
  public:
   FakeHost(uint32_t id, const FakeParams* params) : id_(id), params_(params) {}
 

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "support/NullHost.h"
+#include "NullHost.h"
 
 #include <cstring>
 #include <map>
@@ -14,7 +14,7 @@ namespace lattica {
 namespace {
 
 // A host that records what the build hands it; addParam can be told to fail at one row.
-class RecordingHost : public test_support::NullHost {
+class RecordingHost : public NullHost {
  public:
   explicit RecordingHost(uint32_t id) : id_(id) {}
 
@@ -32,7 +32,6 @@ class RecordingHost : public test_support::NullHost {
   }
   void setParamCount(int32_t count) override { reportedCount = count; }
   uint32_t hostId() override { return id_; }
-
 
  private:
   uint32_t id_;

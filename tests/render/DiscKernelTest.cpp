@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+#include "NullHost.h"
+
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -24,7 +26,7 @@ namespace {
 
 // A host with a settable pixel aspect, abort answer and row iteration. The row iteration can run
 // rows in any order and counts its calls.
-class DrawHost : public PluginHost_API {
+class DrawHost : public NullHost {
  public:
   enum class Rows { kNone, kForward, kReverse, kShuffled };
 
@@ -55,36 +57,6 @@ class DrawHost : public PluginHost_API {
   }
 
   // Not used by the kernels.
-  int32_t width() override { return 0; }
-  int32_t height() override { return 0; }
-  HostError clearOutput() override { return host_error::kNone; }
-  HostError clearRaster(PluginRaster_API*, const HostRect*) override { return host_error::kNone; }
-  HostError fillRaster(PluginRaster_API*) override { return host_error::kNone; }
-  PluginRaster_API* outputRaster() override { return nullptr; }
-  PluginRaster_API* newWorld(int32_t, int32_t, int32_t, HostError*, uint32_t) override {
-    return nullptr;
-  }
-  void disposeWorld(PluginRaster_API*) override {}
-  HostError layerInfoOfParam(int32_t, RasterInfo*) override { return 1; }
-  HostError outputInfo(RasterInfo*) override { return 1; }
-  HostError rasterInfo(PluginRaster_API*, RasterInfo*) override { return 1; }
-  HostHandle newHandle(int64_t) override { return nullptr; }
-  void* lockHandle(HostHandle) override { return nullptr; }
-  void unlockHandle(HostHandle) override {}
-  void disposeHandle(HostHandle) override {}
-  void setErrorText(const char*) override {}
-  int32_t timeScale() override { return 1; }
-  int32_t currentTime() override { return 0; }
-  int32_t timeStep() override { return 1; }
-  int32_t totalTime() override { return 1; }
-  HostError blendRect(PluginRaster_API*, PluginRaster_API*, const HostRect&, Fixed) override {
-    return host_error::kNone;
-  }
-  HostError blendRaster(PluginRaster_API*, PluginRaster_API*, Fixed) override {
-    return host_error::kNone;
-  }
-  uint32_t hostId() override { return host_id::kAfterEffects; }
-  HostError checkOutParamAt(int32_t, const TimeTriple&, ParamDef*) override { return 1; }
 };
 
 // A target of one pixel kind; rows may carry padding pixels past the width.

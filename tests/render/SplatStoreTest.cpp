@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-#include "support/NullHost.h"
+#include "NullHost.h"
 
 #include <cstddef>
 #include <cstdlib>
@@ -21,7 +21,7 @@ namespace {
 
 // A host that hands out real memory, counts what is alive and can refuse allocations. Nothing
 // but the memory and message operations is ever called by the store.
-class MemoryHost : public test_support::NullHost {
+class MemoryHost : public NullHost {
  public:
   // Every allocation after the first `count` successful ones returns null.
   void failAllocationsAfter(int64_t count) { allocationsLeft_ = count; }
@@ -49,7 +49,6 @@ class MemoryHost : public test_support::NullHost {
     --liveHandles_;
   }
   void setErrorText(const char* text) override { messages_.emplace_back(text); }
-
 
  private:
   struct Block {
@@ -290,7 +289,8 @@ TEST_F(SplatStoreTest, EqualDepthsDrawInGenerationOrderAcrossChunks) {
   ASSERT_EQ(order.size(), size_t(2 * kPerChunk + 31));
   EXPECT_EQ(order.front(), std::make_pair(2, 30));
   for (size_t n = 1; n < order.size(); ++n) {
-    const auto expected = std::make_pair(int32_t((n - 1) / kPerChunk), int32_t((n - 1) % kPerChunk));
+    const auto expected =
+        std::make_pair(int32_t((n - 1) / kPerChunk), int32_t((n - 1) % kPerChunk));
     ASSERT_EQ(order[n], expected) << "entry " << n;
   }
 }
@@ -312,14 +312,14 @@ TEST_F(SplatStoreTest, DepthsThatNarrowToTheSameFloatTie) {
 }
 
 TEST(SplatDrawOrder, TiesGoByChunkBeforeItem) {
-  std::vector<SortEntry> entries = {
-      {1, 0, 2.0f}, {0, 7, 2.0f}, {0, 3, 2.0f}, {2, 1, 8.0f}, {0, 9, 0.5f}, {1, 2, 2.0f}};
+  std::vector<SortEntry> entries = {{1, 0, 2.0f}, {0, 7, 2.0f}, {0, 3, 2.0f},
+                                    {2, 1, 8.0f}, {0, 9, 0.5f}, {1, 2, 2.0f}};
   sortByDepth(entries.data(), int64_t(entries.size()));
 
   std::vector<std::pair<int32_t, int32_t>> order;
   for (const SortEntry& e : entries) order.emplace_back(e.chunk, e.item);
   const std::vector<std::pair<int32_t, int32_t>> expected = {{2, 1}, {0, 3}, {0, 7},
-                                                            {1, 0}, {1, 2}, {0, 9}};
+                                                             {1, 0}, {1, 2}, {0, 9}};
   EXPECT_EQ(order, expected);
 }
 

@@ -1,10 +1,10 @@
 #pragma once
 // A host that offers nothing: every required operation answers with an empty or neutral value.
-// Test hosts derive from it and override only what their case needs.
+// Test and benchmark hosts derive from it and override only what they need.
 
 #include "PluginHost_API.h"
 
-namespace lattica::test_support {
+namespace lattica {
 
 class NullHost : public PluginHost_API {
  public:
@@ -41,4 +41,4 @@ class NullHost : public PluginHost_API {
   HostError checkOutParamAt(int32_t, const TimeTriple&, ParamDef*) override { return 1; }
 };
 
-}  // namespace lattica::test_support
+}  // namespace lattica
