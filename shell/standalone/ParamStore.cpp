@@ -96,8 +96,8 @@ ParamStore::Key ParamStore::parseValue(const Row& row, const json& value, const 
                            fixedToDouble(def.u.fixedSlider.validMax));
       break;
     case ParamType::kInt:
-      k.value[0] = clampTo(std::round(number(value)), def.u.intSlider.validMin,
-                           def.u.intSlider.validMax);
+      k.value[0] =
+          clampTo(std::round(number(value)), def.u.intSlider.validMin, def.u.intSlider.validMax);
       break;
     case ParamType::kAngle:
       k.value[0] = number(value);
@@ -193,33 +193,28 @@ void ParamStore::bindScene(const SceneSpec& scene, int32_t pointWidth, int32_t p
 }
 
 std::array<double, 3> ParamStore::evaluate(const Row& row, double seconds) const {
-  const std::vector<Key>& keys = row.keys;
-  if (!interpolates(row.def.type)) {
-    const Key* held = &keys.front();
-    for (const Key& k : keys) {
-      if (k.time <= seconds) held = &k;
-    }
-    return held->value;
-  }
-  if (seconds <= keys.front().time) return keys.front().value;
-  if (seconds >= keys.back().time) return keys.back().value;
-  size_t i = 0;
-  while (i + 1 < keys.size() && !(seconds < keys[i + 1].time)) ++i;
-  const Key& a = keys[i];
-  const Key& b = keys[i + 1];
-  const double u = (seconds - a.time) / (b.time - a.time);
-  std::array<double, 3> v{};
-  for (size_t c = 0; c < 3; ++c) v[c] = a.value[c] + (b.value[c] - a.value[c]) * u;
-  return v;
+  const KeyframeTrack& keys = row.keys;
+  if (!interpolates(row.def.type)) return heldKey(keys, seconds);
+  return interpolateKeys(keys, seconds);
 }
 
 void ParamStore::store(const Row& row, const std::array<double, 3>& v, ParamDef* out) const {
   switch (row.def.type) {
-    case ParamType::kFloat: out->u.floatSlider.value = v[0]; break;
-    case ParamType::kFixed: out->u.fixedSlider.value = fixedFrom(v[0]); break;
-    case ParamType::kInt: out->u.intSlider.value = int32_t(std::lround(v[0])); break;
-    case ParamType::kAngle: out->u.angle.value = fixedFrom(v[0]); break;
-    case ParamType::kCheck: out->u.check.value = v[0] != 0.0 ? 1 : 0; break;
+    case ParamType::kFloat:
+      out->u.floatSlider.value = v[0];
+      break;
+    case ParamType::kFixed:
+      out->u.fixedSlider.value = fixedFrom(v[0]);
+      break;
+    case ParamType::kInt:
+      out->u.intSlider.value = int32_t(std::lround(v[0]));
+      break;
+    case ParamType::kAngle:
+      out->u.angle.value = fixedFrom(v[0]);
+      break;
+    case ParamType::kCheck:
+      out->u.check.value = v[0] != 0.0 ? 1 : 0;
+      break;
     case ParamType::kColor: {
       auto byte = [](double c) {
         return uint8_t(std::min(255, std::max(0, int32_t(c * 255.0 + 0.5))));
@@ -231,9 +226,14 @@ void ParamStore::store(const Row& row, const std::array<double, 3>& v, ParamDef*
       out->u.point.x = fixedFrom(v[0]);
       out->u.point.y = fixedFrom(v[1]);
       break;
-    case ParamType::kPopup: out->u.popup.value = int32_t(v[0]); break;
-    case ParamType::kLayer: out->u.layer.layerRef = int32_t(v[0]); break;
-    default: break;
+    case ParamType::kPopup:
+      out->u.popup.value = int32_t(v[0]);
+      break;
+    case ParamType::kLayer:
+      out->u.layer.layerRef = int32_t(v[0]);
+      break;
+    default:
+      break;
   }
 }
 

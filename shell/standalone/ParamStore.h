@@ -8,6 +8,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "Keyframes.h"
 #include "ParamDef.h"
 #include "Scene.h"
 
@@ -43,14 +44,11 @@ class ParamStore {
   int32_t indexOfKey(const std::string& key) const;
 
  private:
-  struct Key {
-    double time = 0;
-    std::array<double, 3> value = {0, 0, 0};
-  };
+  using Key = Keyframe;
   struct Row {
     ParamDef def;
     std::string group;
-    std::vector<Key> keys;  // empty: the registered value holds
+    KeyframeTrack keys;  // empty: the registered value holds
   };
 
   Key parseValue(const Row& row, const nlohmann::json& value, const std::string& key,

@@ -1,5 +1,7 @@
 #include "StandaloneCamera.h"
 
+#include "Keyframes.h"
+
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -15,13 +17,10 @@ namespace {
 
 using nlohmann::json;
 
-// One key of a camera value; numbers use the first component only.
-struct Key {
-  double time = 0;
-  std::array<double, 3> value = {0, 0, 0};
-};
-// A value over time, keys in time order; empty when the scene leaves the value to its default.
-using Track = std::vector<Key>;
+// A camera value over time, keys in time order (numbers use the first component only); empty
+// when the scene leaves the value to its default.
+using Key = Keyframe;
+using Track = KeyframeTrack;
 
 enum class ValueKind { kNumber, kPositive, kVector, kSwitch };
 
@@ -117,27 +116,12 @@ SceneCamera readCamera(const json& camera) {
   return c;
 }
 
-// Linear between keys as v0 + (v1 - v0) * u, held outside them.
 std::array<double, 3> interpolate(const Track& keys, double seconds) {
-  if (seconds <= keys.front().time) return keys.front().value;
-  if (seconds >= keys.back().time) return keys.back().value;
-  size_t i = 0;
-  while (i + 1 < keys.size() && !(seconds < keys[i + 1].time)) ++i;
-  const Key& a = keys[i];
-  const Key& b = keys[i + 1];
-  const double u = (seconds - a.time) / (b.time - a.time);
-  std::array<double, 3> v{};
-  for (size_t c = 0; c < 3; ++c) v[c] = a.value[c] + (b.value[c] - a.value[c]) * u;
-  return v;
+  return interpolateKeys(keys, seconds);
 }
 
-// The last key at or before the time; the first key before all of them.
 double held(const Track& keys, double seconds) {
-  const Key* key = &keys.front();
-  for (const Key& k : keys) {
-    if (k.time <= seconds) key = &k;
-  }
-  return key->value[0];
+  return heldKey(keys, seconds)[0];
 }
 
 double numberAt(const Track& keys, double seconds, double fallback) {
