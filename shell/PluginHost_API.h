@@ -6,8 +6,10 @@
 #include <cmath>
 #include <cstdint>
 #include <functional>
+#include <string>
 
 #include "CameraRecord.h"
+#include "HostScene.h"
 #include "HostTypes.h"
 #include "ParamDef.h"
 #include "PluginRaster_API.h"
@@ -255,6 +257,46 @@ class PluginHost_API {
     out->defaultDistance = double(width()) / downsampleX() * 50.0 / 36.0;
     *found = false;
     return host_error::kNone;
+  }
+
+  // Lights of the composition at a time, by kind (light_kind::kAny lists all in host order).
+  virtual int32_t lightCount(const TimeTriple& /*t*/, int32_t /*kind*/) { return 0; }
+  virtual HostError lightAt(const TimeTriple& /*t*/, int32_t /*kind*/, int32_t /*n*/,
+                            HostLight* /*out*/) {
+    return 1;
+  }
+
+  // Sound of the layer that a layer parameter names. No sound: out->data stays null, and the
+  // result may be 0. Every successful check-out is checked in.
+  virtual HostError checkOutLayerAudio(int32_t /*paramIndex*/, const AudioRequest& /*request*/,
+                                       HostAudio* out) {
+    *out = HostAudio{};
+    return host_error::kNone;
+  }
+  virtual void checkInLayerAudio(HostAudio* audio) { *audio = HostAudio{}; }
+
+  // Footage behind a layer parameter at a time: *item is 0 when no layer is chosen.
+  virtual HostError layerFootage(int32_t /*paramIndex*/, const TimeTriple& /*t*/,
+                                 FootageItem* item) {
+    *item = 0;
+    return host_error::kNone;
+  }
+  // Number of files of a footage item; non-zero when the item is no file footage.
+  virtual HostError footageFileCount(FootageItem /*item*/, int32_t* count) {
+    *count = 0;
+    return 1;
+  }
+  // Path of file `index` of a footage item, UTF-8.
+  virtual HostError footageFilePath(FootageItem /*item*/, int32_t /*index*/,
+                                    std::string* /*pathUtf8*/) {
+    return 1;
+  }
+
+  // Layer facts for the texture-layer warnings.
+  virtual bool layerIsText(int32_t /*paramIndex*/) { return false; }
+  // Source size of the layer a parameter names; false when there is none.
+  virtual bool layerSourceSize(int32_t /*paramIndex*/, int32_t* /*w*/, int32_t* /*h*/) {
+    return false;
   }
 
  protected:

@@ -62,4 +62,25 @@ class ScopedLayer {
   PluginRaster_API* layer_;
 };
 
+// Layer sound from checkOutLayerAudio, checked in again on every path.
+class ScopedAudio {
+ public:
+  ScopedAudio(PluginHost_API& host, int32_t paramIndex, const AudioRequest& request)
+      : host_(host), error_(host.checkOutLayerAudio(paramIndex, request, &audio_)) {}
+  ~ScopedAudio() {
+    if (audio_.data) host_.checkInLayerAudio(&audio_);
+  }
+  ScopedAudio(const ScopedAudio&) = delete;
+  ScopedAudio& operator=(const ScopedAudio&) = delete;
+
+  HostError error() const { return error_; }
+  const HostAudio& audio() const { return audio_; }
+  explicit operator bool() const { return audio_.data != nullptr; }
+
+ private:
+  PluginHost_API& host_;
+  HostAudio audio_{};
+  HostError error_;
+};
+
 }  // namespace lattica
