@@ -1,6 +1,11 @@
 #include "SplatDraw.h"
 
 #include "DiscKernel.h"
+#include "SpriteKernel.h"
+#include "SpriteScratch.h"
+#include "StarKernel.h"
+#include "TextureLayer.h"
+#include "TexturedQuad.h"
 
 namespace lattica {
 namespace {
@@ -14,11 +19,103 @@ inline constexpr uint8_t kGlowSphere = 2;
 // Abort checks are host round trips: one per 1024 entries.
 inline constexpr int64_t kAbortCheckMask = 1023;
 
+// What the textured kinds share within one drawing loop.
+struct TexturedContext {
+  PluginHost_API& host;
+  const RasterInfo& target;
+  SpriteScratch& scratch;
+  const SplatDrawSettings& settings;
+  int32_t timeStep;
+  int32_t timeScale;
+};
+
+bool shadingIsOn(const SplatDrawSettings& settings) {
+  return settings.shading && settings.shading->mode == shading_mode::kPerPixel;
+}
+
+// Kinds 6 to 8 (and the Square as 8, with the white image): painted straight from the texture,
+// or, when lit, as a screen-aligned textured quad of kind 9 to 11.
+template <typename Kind>
+HostError drawSpriteRecord(const TexturedContext& ctx, const SplatRecord& record,
+                           const RasterInfo* texture, bool whiteImage, double blurRadius) {
+  const SplatDrawSettings& settings = ctx.settings;
+  const double textureAspect = whiteImage ? 1.0 : settings.textureAspect;
+  const double heightRatio = whiteImage ? 1.0 : settings.heightRatio;
+  if (!shadingIsOn(settings)) {
+    SpriteDraw draw;
+    draw.kind = record.kind;
+    draw.texture = texture;
+    draw.textureAspect = textureAspect;
+    draw.blurRadius = blurRadius;
+    draw.passes = settings.dofPasses;
+    draw.allowThreads = settings.allowThreads;
+    draw.weight = settings.sampleWeight;
+    return drawSprite<Kind>(ctx.host, ctx.target, ctx.scratch, record, draw);
+  }
+  const double pixelAspect = ctx.host.pixelAspect();
+  double corners[4][4];
+  spriteQuadCorners(record, textureAspect, heightRatio, pixelAspect, corners);
+  QuadDraw draw;
+  draw.kind = uint8_t(record.kind + 3);
+  draw.texture = texture;
+  draw.whiteImage = whiteImage;
+  draw.blurRadius = blurRadius;
+  draw.passes = settings.dofPasses;
+  draw.xRatio = 1.0 / pixelAspect;
+  draw.allowThreads = false;
+  draw.shading = settings.shading;
+  draw.camera = &settings.camera;
+  draw.weight = settings.sampleWeight;
+  return drawTexturedQuad<Kind>(ctx.host, ctx.target, ctx.scratch, corners, record, draw);
+}
+
+// Kinds 9 to 11: the record's own projected corners.
+template <typename Kind>
+HostError drawPolygonRecord(const TexturedContext& ctx, const SplatRecord& record,
+                            const RasterInfo* texture, double blurRadius) {
+  const SplatDrawSettings& settings = ctx.settings;
+  QuadDraw draw;
+  draw.kind = record.kind;
+  draw.texture = texture;
+  draw.blurRadius = blurRadius;
+  draw.passes = settings.dofPasses;
+  draw.xRatio = 1.0 / ctx.host.pixelAspect();
+  draw.allowThreads = settings.allowThreads;
+  draw.shading = settings.shading;
+  draw.camera = &settings.camera;
+  draw.weight = settings.sampleWeight;
+  return drawTexturedQuad<Kind>(ctx.host, ctx.target, ctx.scratch, record.corner, record, draw);
+}
+
+// A sprite or polygon record with its texture checked out at the record's own time for the
+// length of the draw. A missing layer draws nothing.
+template <typename Kind>
+HostError drawTexturedRecord(const TexturedContext& ctx, const SplatRecord& record,
+                             double blurRadius) {
+  const ScopedTexture texture(ctx.host, ctx.settings.textureLayerParam,
+                              TimeTriple{record.textureTime, ctx.timeStep, ctx.timeScale});
+  if (texture.error() != host_error::kNone) return texture.error();
+  if (!texture.image()) return host_error::kNone;
+  if (record.kind >= textured_kind::kPolygon) {
+    return drawPolygonRecord<Kind>(ctx, record, texture.image(), blurRadius);
+  }
+  return drawSpriteRecord<Kind>(ctx, record, texture.image(), false, blurRadius);
+}
+
 }  // namespace
 
 template <typename Kind>
 int32_t renderSplats(PluginHost_API& host, const RasterInfo& target, const SplatChunkTable& table,
                      const SortEntry* order, int64_t count, const SplatDrawSettings& settings) {
+  // Given back to the host on every way out of the loop.
+  SpriteScratch scratch(host);
+  const TexturedContext textured{host,     target,          scratch,
+                                 settings, host.timeStep(), host.timeScale()};
+  StarGlow glow;
+  glow.size = settings.glowSize;
+  glow.opacity = settings.glowOpacity;
+  glow.feather = settings.glowFeather;
+  glow.transfer = settings.glowTransfer;
   for (int64_t i = 0; i < count; ++i) {
     if ((i & kAbortCheckMask) == 0) {
       // A preview never asks the host: its built-in query answers stop.
@@ -53,11 +150,30 @@ int32_t renderSplats(PluginHost_API& host, const RasterInfo& target, const Splat
         }
         break;
       }
+      case textured_kind::kStar:
+        err = drawStarParticle<Kind>(host, target, scratch, record, glow, settings.sampleWeight,
+                                     settings.allowThreads);
+        break;
+      case textured_kind::kSquare: {
+        err = scratch.ensureWhiteImage<Kind>();
+        if (err != host_error::kNone) break;
+        // The store's records are writable: a Square reads as a Sprite Fill from now on.
+        SplatRecord& stored = table.slots[order[i].chunk].records[order[i].item];
+        stored.kind = textured_kind::kSpriteFill;
+        err = drawSpriteRecord<Kind>(textured, stored, scratch.whiteImage(), true, dof.blurRadius);
+        break;
+      }
+      case textured_kind::kSprite:
+      case textured_kind::kSpriteColorize:
+      case textured_kind::kSpriteFill:
+      case textured_kind::kPolygon:
+      case textured_kind::kPolygonColorize:
+      case textured_kind::kPolygonFill:
+        err = drawTexturedRecord<Kind>(textured, record, dof.blurRadius);
+        break;
       default:
-        // Star (3), the sprite kinds (6 to 8, and Square, 12) and the textured polygons (9 to 11)
-        // are drawn by the star and textured-quad kernels, which this loop does not have yet;
-        // those records are skipped. Cloudlets (4) and Streaklets (5) never get here: they are
-        // expanded into spheres when stored.
+        // Cloudlets (4) and Streaklets (5) never get here: they are expanded into spheres when
+        // stored.
         break;
     }
     if (err != host_error::kNone) return err;

@@ -5,9 +5,12 @@
 #include <cstdint>
 
 #include "DepthOfField.h"
+#include "ParamIndex.h"
 #include "PixelKind.h"
 #include "PluginHost_API.h"
+#include "QuadCamera.h"
 #include "RasterInfo.h"
+#include "Shading.h"
 #include "SplatStore.h"
 
 namespace lattica {
@@ -30,12 +33,23 @@ struct SplatDrawSettings {
   bool previewActive = false;
   // Weight of the sample's opacity; every caller uses 1.
   double sampleWeight = 1.0;
+  // Textured kinds: the parameter index of the "Texture" layer (checked out at each record's
+  // textureTime), and that layer's pixel aspect and height / width for the sample.
+  int32_t textureLayerParam = param_index::kTextureLayer;
+  double textureAspect = 1.0;
+  double heightRatio = 1.0;
+  // Per-pixel lighting of sprites and textured polygons; null or off: unlit.
+  const ShadingSetup* shading = nullptr;
+  // The sample's projection, for the lit pixels' camera-space points.
+  QuadCamera camera;
 };
 
 // Draws count records in the order of `order`. Every 1024 entries (from the first on) the host is
 // asked whether to abort, and its code ends the loop; while a preview is active a built-in stop
 // ends the loop there instead, with status 0. Any non-zero kernel result ends the loop and is
-// returned.
+// returned. A Square record is drawn as a Sprite Fill of a white image, and its kind is rewritten
+// to 8 in the store. The temporary layer and the white image of the textured kinds are given
+// back before returning.
 template <typename Kind>
 int32_t renderSplats(PluginHost_API& host, const RasterInfo& target, const SplatChunkTable& table,
                      const SortEntry* order, int64_t count, const SplatDrawSettings& settings);

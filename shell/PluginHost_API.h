@@ -215,6 +215,10 @@ class PluginHost_API {
   virtual HostError writeParamDouble(int32_t, int32_t, double) { return host_error::kNone; }
   virtual HostError writeParamPair(int32_t, int32_t, double, double) { return host_error::kNone; }
   virtual HostError writeParamFixed(int32_t, int32_t, double) { return host_error::kNone; }
+  // Writes a colour parameter's value (channels 0 to 1) at a time, as the three writes above do.
+  virtual HostError writeParamColor(int32_t, int32_t, double, double, double) {
+    return host_error::kNone;
+  }
   virtual void noMouse(int32_t* a, int32_t* b) {
     *a = -1;
     *b = -1;
@@ -298,6 +302,9 @@ class PluginHost_API {
   virtual bool layerSourceSize(int32_t /*paramIndex*/, int32_t* /*w*/, int32_t* /*h*/) {
     return false;
   }
+  // Duration in seconds of the layer a parameter names (the sprite's texture clip); false when
+  // there is none.
+  virtual bool layerDurationSeconds(int32_t /*paramIndex*/, double* /*seconds*/) { return false; }
 
  protected:
   int32_t sizeOverride_[2] = {-1, -1};
