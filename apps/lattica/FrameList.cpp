@@ -54,8 +54,11 @@ FrameListResult parseFrameList(const std::string& text, int64_t frameCount) {
       first = last = *a;
     }
     if (last >= frameCount) {
-      return bad(part, "names frame " + std::to_string(last) + ", but the composition has frames 0-" +
-                           std::to_string(frameCount - 1));
+      return bad(part, "names frame " + std::to_string(last) +
+                           ", but the composition has frames 0-" + std::to_string(frameCount - 1));
+    }
+    if (int64_t(result.frames.size()) + (last - first) / every + 1 > kMaxFramesPerRender) {
+      return bad(text, "names more than " + std::to_string(kMaxFramesPerRender) + " frames");
     }
     for (int64_t f = first; f <= last; f += every) result.frames.push_back(f);
     if (comma == std::string::npos) break;

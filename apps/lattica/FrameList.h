@@ -13,6 +13,9 @@ struct FrameListResult {
   std::string error;            // empty when the list parsed
 };
 
+// Most frames one render takes on, so a mistyped list cannot exhaust memory.
+inline constexpr int64_t kMaxFramesPerRender = 10'000'000;
+
 // Parses a list and checks each frame against the composition's frame count.
 FrameListResult parseFrameList(const std::string& text, int64_t frameCount);
 

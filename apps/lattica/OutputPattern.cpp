@@ -1,6 +1,20 @@
 #include "OutputPattern.h"
 
+#include <filesystem>
+
 namespace lattica::app {
+
+std::optional<OutputKind> outputKindForPath(const std::string& path) {
+  std::string ext = std::filesystem::path(path).extension().string();
+  for (char& c : ext) {
+    if (c >= 'A' && c <= 'Z') c = char(c - 'A' + 'a');
+  }
+  if (ext == ".png") return OutputKind::kPng;
+  if (ext == ".exr") return OutputKind::kExr;
+  if (ext == ".mp4") return OutputKind::kMp4;
+  if (ext == ".mov") return OutputKind::kMov;
+  return std::nullopt;
+}
 
 bool hasFrameNumberRun(const std::string& pattern) {
   return pattern.find('#') != std::string::npos;

@@ -229,7 +229,10 @@ void printText(std::ostream& out, const std::vector<Json>& rows) {
     if (row["supervised"].get<bool>()) flags += "S";
     if (row["noAnimate"].get<bool>()) flags += "N";
     if (row["uiWidth"].get<int>() != 0) {
-      flags += (flags.empty() ? "" : " ") + row["uiWidth"].dump() + "x" + row["uiHeight"].dump();
+      if (!flags.empty()) flags += ' ';
+      flags += row["uiWidth"].dump();
+      flags += 'x';
+      flags += row["uiHeight"].dump();
     }
     if (row["uiFlags"].get<uint32_t>() == param_ui_flags::kNoEffectControlsRow) {
       flags += flags.empty() ? "hidden" : " hidden";

@@ -2,15 +2,18 @@
 
 #include <unistd.h>
 
-#include <csignal>
 #include <cstdio>
+#include <exception>
 #include <filesystem>
+#include <memory>
+#include <mutex>
 
-#include "FrameList.h"
-#include "ImageWriter.h"
-#include "OutputPattern.h"
+#include "ExecutableSearch.h"
+#include "FfmpegOutput.h"
+#include "FrameOutput.h"
 #include "Progress.h"
 #include "StandaloneRender.h"
+#include "StopSignals.h"
 
 namespace lattica::app {
 namespace {
@@ -18,29 +21,15 @@ namespace {
 namespace fs = std::filesystem;
 using standalone::SceneError;
 
-constexpr int kExitOk = 0;
-constexpr int kExitEngineFailure = 1;
-constexpr int kExitUsage = 2;
-constexpr int kExitOutput = 3;
-
-// Partly written outputs go with the process: only complete frames remain.
-extern "C" void stopOnSignal(int signal) {
-  TemporaryFileRegistry::process().removeAllNow();
-  _exit(128 + signal);
-}
-
-void installSignalHandlers() {
-  struct sigaction action {};
-  action.sa_handler = stopOnSignal;
-  sigemptyset(&action.sa_mask);
-  sigaction(SIGINT, &action, nullptr);
-  sigaction(SIGTERM, &action, nullptr);
-}
-
+// The effect's messages and count lines on standard error, one per line, kept clear of the
+// progress line once there is one.
 class StderrSink : public standalone::MessageSink {
  public:
   explicit StderrSink(bool showInfo) : showInfo_(showInfo) {}
-  void setProgress(Progress* progress) { progress_ = progress; }
+  void setProgress(Progress* progress) {
+    std::lock_guard lock(mutex_);
+    progress_ = progress;
+  }
 
   void message(const std::string& text) override { print(text); }
   void info(const std::string& text) override {
@@ -49,122 +38,134 @@ class StderrSink : public standalone::MessageSink {
 
  private:
   void print(const std::string& text) {
-    if (progress_) progress_->interrupt();
-    std::fprintf(stderr, "%s\n", text.c_str());
-    std::fflush(stderr);
+    std::lock_guard lock(mutex_);
+    if (progress_) {
+      progress_->printMessage(text);
+    } else {
+      std::fprintf(stderr, "%s\n", text.c_str());
+      std::fflush(stderr);
+    }
   }
 
   bool showInfo_;
+  std::mutex mutex_;
   Progress* progress_ = nullptr;
 };
 
-int usageError(const std::string& text) {
+// Prints the reason the render stops, after the progress line (left showing how far it got).
+int fail(int status, const std::string& text, Progress* progress = nullptr) {
+  if (progress) progress->finish();
   std::fprintf(stderr, "lattica: %s\n", text.c_str());
-  return kExitUsage;
+  std::fflush(stderr);
+  return status;
 }
 
-bool parseHostId(const std::string& text, uint32_t* id) {
-  if (text.size() != 4) return false;
-  uint32_t value = 0;
-  for (char c : text) {
-    if (c < 0x20 || c > 0x7e) return false;
-    value = (value << 8) | uint8_t(c);
-  }
-  *id = value;
-  return true;
+// Keeps the sink from printing through a progress display that is gone.
+struct ProgressAttachment {
+  StderrSink& sink;
+  ProgressAttachment(StderrSink& s, Progress& progress) : sink(s) { sink.setProgress(&progress); }
+  ~ProgressAttachment() { sink.setProgress(nullptr); }
+};
+
+// A scene's own messages already name the file; set-up and frame messages get its name first.
+std::string sceneMessage(const RenderOptions& options, const std::exception& e) {
+  return fs::path(options.scene).filename().string() + ": " + e.what();
+}
+
+std::unique_ptr<FrameOutput> makeOutput(const RenderPlan& plan, const std::string& ffmpeg,
+                                        standalone::StandaloneHost& host) {
+  if (!isVideo(plan.kind)) return std::make_unique<ImageFilesOutput>(plan.pattern);
+  MovieFormat format;
+  format.kind = plan.kind;
+  format.width = host.outputWidth();
+  format.height = host.outputHeight();
+  format.pixelFormat =
+      standalone::formatForDepthClass(plan.settings.depthClass, plan.settings.bgra);
+  format.timeScale = host.timeScale();
+  format.pixelAspect = host.pixelAspect();
+  return std::make_unique<FfmpegOutput>(ffmpeg, plan.pattern, format);
 }
 
 }  // namespace
 
 int runRender(const RenderOptions& options) {
+  stop::installHandlers();
+
+  RenderPlan plan;
+  if (std::string error = planOutput(options, &plan); !error.empty()) {
+    return fail(kExitUsage, error);
+  }
+  std::string ffmpeg;
+  if (isVideo(plan.kind)) {
+    const auto found = findExecutable("ffmpeg", nullptr);
+    if (!found) {
+      return fail(kExitOutput, "cannot write '" + plan.pattern +
+                                   "': ffmpeg, which encodes movies, was not found on PATH; "
+                                   "install it, or render .png or .exr frames");
+    }
+    ffmpeg = *found;
+  }
+
   standalone::SceneSpec scene;
   try {
     scene = standalone::loadScene(options.scene);
   } catch (const SceneError& e) {
-    return usageError(e.what());
+    return fail(kExitUsage, e.what());
+  } catch (const std::exception& e) {
+    return fail(kExitUsage, sceneMessage(options, e));
   }
-
-  standalone::HostSettings settings;
-  if (!parseHostId(options.host, &settings.hostId)) {
-    return usageError("--host: \"" + options.host + "\" is not a four-character host id");
-  }
-  if (options.order != "argb" && options.order != "bgra") {
-    return usageError("--order: \"" + options.order + "\" is neither argb nor bgra");
-  }
-  if (options.downsample < 1) {
-    return usageError("--downsample: " + std::to_string(options.downsample) +
-                      " is not a positive whole number");
-  }
-  if (options.threads < 0) {
-    return usageError("--threads: " + std::to_string(options.threads) + " is negative");
-  }
-
-  const std::string pattern =
-      options.output.empty() ? "out/" + fs::path(options.scene).stem().string() + "/####.png"
-                             : options.output;
-  const auto format = imageFormatForPath(pattern);
-  if (!format) {
-    return usageError("--output: \"" + pattern + "\" has no supported extension (.png, .exr)");
-  }
-  int depth = options.depth;
-  if (depth == 0) depth = *format == ImageFileFormat::kExr ? 32 : 8;
-  switch (depth) {
-    case 8: settings.depthClass = depth_class::k8Bit; break;
-    case 16: settings.depthClass = depth_class::k16Bit; break;
-    case 32: settings.depthClass = depth_class::kFloat; break;
-    default: return usageError("--depth: " + std::to_string(depth) + " is not 8, 16 or 32");
-  }
-  settings.bgra = options.order == "bgra" && depth != 16;
-  settings.downsample = options.downsample;
-  settings.threads = options.threads;
-
-  std::vector<int64_t> frames;
-  const int64_t frameCount = scene.composition.frameCount();
-  if (options.frames.empty()) {
-    for (int64_t f = 0; f < frameCount; ++f) frames.push_back(f);
-  } else {
-    FrameListResult list = parseFrameList(options.frames, frameCount);
-    if (!list.error.empty()) return usageError(list.error);
-    frames = std::move(list.frames);
-  }
-  if (frames.size() > 1 && !hasFrameNumberRun(pattern)) {
-    return usageError("--output: \"" + pattern +
-                      "\" has no run of '#' for the frame number, but several frames are rendered");
+  if (std::string error = planFrames(options, scene.composition.frameCount(), &plan);
+      !error.empty()) {
+    return fail(kExitUsage, error);
   }
 
   StderrSink sink(options.info);
-  standalone::StandaloneRenderer renderer(scene, settings, sink);
+  standalone::StandaloneRenderer renderer(scene, plan.settings, sink);
   try {
     if (const HostError err = renderer.setUp()) {
-      if (err == host_error::kUserCancel && settings.hostId == host_id::kPremiere) {
-        return usageError("the effect does not run on host \"PrMr\": it refuses it at global set-up");
+      if (plan.settings.hostId == host_id::kPremiere) {
+        return fail(kExitUsage,
+                    "the effect refuses to run on host \"PrMr\" (it declines at global set-up)");
       }
-      return usageError("the effect could not be set up (host error " + std::to_string(err) + ")");
+      return fail(kExitEngineFailure,
+                  "the effect failed to set up (host error " + std::to_string(err) + ")");
     }
   } catch (const SceneError& e) {
-    return usageError(fs::path(options.scene).filename().string() + ": " + e.what());
+    return fail(kExitUsage, sceneMessage(options, e));
+  } catch (const std::exception& e) {
+    return fail(kExitEngineFailure, std::string("set-up failed: ") + e.what());
   }
 
-  installSignalHandlers();
-  Progress progress(stderr, int64_t(frames.size()), !options.quiet && isatty(STDERR_FILENO));
-  sink.setProgress(&progress);
-  for (const int64_t frame : frames) {
-    standalone::FrameResult result = renderer.renderFrame(frame);
-    if (result.status != 0) {
-      progress.finish();
-      std::fprintf(stderr, "lattica: frame %lld: the effect failed with status %d\n",
-                   (long long)frame, result.status);
-      return kExitEngineFailure;
+  std::unique_ptr<FrameOutput> output = makeOutput(plan, ffmpeg, renderer.host());
+  if (std::string error = output->start(); !error.empty()) return fail(kExitOutput, error);
+
+  Progress progress(stderr, int64_t(plan.frames.size()),
+                    !options.quiet && isatty(STDERR_FILENO) == 1);
+  const ProgressAttachment attachment(sink, progress);
+  for (const int64_t frame : plan.frames) {
+    standalone::FrameResult result;
+    try {
+      result = renderer.renderFrame(frame);
+    } catch (const SceneError& e) {
+      return fail(kExitUsage, sceneMessage(options, e), &progress);
+    } catch (const std::exception& e) {
+      return fail(kExitEngineFailure,
+                  "frame " + std::to_string(frame) + ": rendering failed: " + e.what(), &progress);
     }
-    const std::string path = outputPathForFrame(pattern, frame);
-    const WriteResult written =
-        writeImageFile(result.image->info(float(renderer.host().pixelAspect()), 2.0f), path);
-    if (!written.ok) {
-      progress.finish();
-      std::fprintf(stderr, "lattica: %s\n", written.message.c_str());
-      return kExitOutput;
+    if (result.status != 0) {
+      return fail(kExitEngineFailure,
+                  "frame " + std::to_string(frame) + ": the effect failed with status " +
+                      std::to_string(result.status),
+                  &progress);
+    }
+    const RasterInfo image = result.image->info(float(renderer.host().pixelAspect()), 2.0f);
+    if (std::string error = output->write(image, frame); !error.empty()) {
+      return fail(kExitOutput, error, &progress);
     }
     progress.frameDone();
+  }
+  if (std::string error = output->finish(); !error.empty()) {
+    return fail(kExitOutput, error, &progress);
   }
   progress.finish();
   return kExitOk;

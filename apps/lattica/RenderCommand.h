@@ -1,25 +1,18 @@
 #pragma once
-// `lattica render`: renders a scene's frames to image files.
+// `lattica render`: renders a scene's frames to image files or a movie.
 
-#include <string>
+#include "RenderPlan.h"
 
 namespace lattica::app {
 
-struct RenderOptions {
-  std::string scene;
-  std::string output;  // empty: out/<scene stem>/####.png
-  std::string frames;  // empty: every frame of the composition
-  int depth = 0;       // 0: by the output's format
-  std::string order = "argb";
-  int downsample = 1;
-  int threads = 0;
-  std::string host = "FXTC";
-  bool info = false;
-  bool quiet = false;
-};
+inline constexpr int kExitOk = 0;
+inline constexpr int kExitEngineFailure = 1;
+inline constexpr int kExitUsage = 2;
+inline constexpr int kExitOutput = 3;
 
 // Exit status: 0 all frames written, 1 the effect failed a frame, 2 bad command line or scene,
-// 3 an output could not be written.
+// 3 an output could not be written (ffmpeg missing for a movie included). SIGINT and SIGTERM
+// end the process with 130 and 143 after removing partial outputs.
 int runRender(const RenderOptions& options);
 
 }  // namespace lattica::app

@@ -15,14 +15,18 @@ int main(int argc, char** argv) {
   CLI::App* renderCommand = app.add_subcommand("render", "Render frames of a scene file");
   renderCommand->add_option("scene", render.scene, "Scene file (JSON)")->required();
   renderCommand->add_option("-o,--output", render.output,
-                            "Output files; a run of # is the zero-padded frame number");
-  renderCommand->add_option("-f,--frames", render.frames, "Frames: 12, 0-47, 0-47x2, 1,5,9");
+                            "Output: numbered .png/.exr files (a run of # is the zero-padded frame "
+                            "number) or one .mp4/.mov movie through ffmpeg");
+  renderCommand->add_option("-f,--frames", render.frames,
+                            "Frames: 12, 0-47, 0-47x2, 1,5,9 or a mix");
   renderCommand->add_option("--depth", render.depth, "Pixel kind: 8, 16 or 32 (float)");
   renderCommand->add_option("--order", render.order, "Channel order: argb or bgra");
   renderCommand->add_option("--downsample", render.downsample, "Render at 1/N resolution");
   renderCommand->add_option("--threads", render.threads, "Worker threads (default: all cores)");
-  renderCommand->add_option("--host", render.host, "Host id the effect sees: FXTC, KeyG, MOTN, PrMr");
-  renderCommand->add_flag("--info", render.info, "Print the count line of every time sample");
+  renderCommand->add_option("--host", render.host,
+                            "Host id the effect sees: FXTC, KeyG, MOTN, PrMr");
+  renderCommand->add_flag("--info", render.info,
+                          "Print the effect's information line of every time sample");
   renderCommand->add_flag("--quiet", render.quiet, "No progress display");
 
   bool json = false;

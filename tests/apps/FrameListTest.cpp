@@ -1,9 +1,8 @@
-// Frame lists and output names of the command line.
+// Frame lists of the command line.
 
 #include <gtest/gtest.h>
 
 #include "FrameList.h"
-#include "OutputPattern.h"
 
 namespace lattica::app {
 namespace {
@@ -35,12 +34,10 @@ TEST(FrameList, FramesOutsideTheCompositionAndBadSyntaxAreErrorsNamingThePart) {
   }
 }
 
-TEST(OutputPattern, TheLastRunOfHashesBecomesThePaddedFrameNumber) {
-  EXPECT_EQ(outputPathForFrame("out/f_####.png", 7), "out/f_0007.png");
-  EXPECT_EQ(outputPathForFrame("out/#/f_##.png", 123), "out/#/f_123.png");
-  EXPECT_EQ(outputPathForFrame("still.exr", 5), "still.exr");
-  EXPECT_TRUE(hasFrameNumberRun("a#.png"));
-  EXPECT_FALSE(hasFrameNumberRun("a.png"));
+TEST(FrameList, AListTooLongToHoldIsRefusedBeforeItIsExpanded) {
+  const int64_t huge = kMaxFramesPerRender * 2;  // every 1000th: 20000 frames
+  EXPECT_NE(errorOf("0-" + std::to_string(huge - 1), huge).find("more than"), std::string::npos);
+  EXPECT_EQ(frames("0-" + std::to_string(huge - 1) + "x1000", huge).size(), size_t(huge / 1000));
 }
 
 }  // namespace
