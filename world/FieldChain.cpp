@@ -2,6 +2,8 @@
 
 #include <cmath>
 
+#include "Camera.h"
+#include "FractalField.h"
 #include "RandomStreams.h"
 
 namespace lattica {
@@ -59,13 +61,30 @@ void disperseParticle(Particle& particle, float strength, const float vector[3])
 
 void twistParticle(Particle& particle, float twist, const float center[3]) {
   if (twist == 0.0f) return;
-  const float dy = float(particle.worldPosition[1]) - center[1];
-  const float dz = float(particle.worldPosition[2]) - center[2];
+  const float dy = float(particle.worldPosition[1] - center[1]);
+  const float dz = float(particle.worldPosition[2] - center[2]);
   const double r = std::sqrt(double(dy) * dy + double(dz) * dz);
   const double a = std::atan2(double(dz), double(dy));
   const double turned = a + twist * 0.001 * (particle.worldPosition[0] - center[0]);
   particle.worldPosition[1] = std::cos(turned) * r + center[1];
   particle.worldPosition[2] = std::sin(turned) * r + center[2];
+}
+
+bool runFieldChain(Particle& particle, const ParticleBase& base, const ChainParticle& chain,
+                   const FieldBlock& fields, const FractalBlock& fractal, float timeSeconds) {
+  rotateParticle(particle, base, chain.rotationSeedX, chain.rotationSeedY, chain.rotationSeedZ,
+                 timeSeconds);
+  placeParticle(particle, base, fields.baseLatticaMatrix);
+  disperseParticle(particle, fields.disperseStrength, chain.disperseVector);
+  twistParticle(particle, fields.twist, fields.center);
+  if (fractalFieldActive(fractal) && !applyFractalField(particle, fractal, fields.center)) {
+    return false;
+  }
+  applySphereField(particle, fields.sphere[0]);
+  applySphereField(particle, fields.sphere[1]);
+  mirrorParticle(particle, fields.kaleido);
+  applyWorldTransform(particle, fields.world, fields.worldScale);
+  return true;
 }
 
 }  // namespace lattica

@@ -4,6 +4,9 @@
 #include "Camera.h"
 #include "Composite.h"
 #include "FieldChain.h"
+#include "FieldVisualisation.h"
+#include "FlowIntegration.h"
+#include "FractalField.h"
 #include "MotionBlur.h"
 #include "ParamIndex.h"
 #include "ParamTable.h"
@@ -86,8 +89,8 @@ class TimeSample : private LatticeVisitor {
     readSpriteMetrics();
     int32_t status = buildCamera();
     if (status == engine_status::kGood) status = buildLights();
+    if (status == engine_status::kGood) status = integrateFlow();
     if (status == engine_status::kGood) {
-      integrateFlow();
       setUpParticles();
       status = generate();
     }
@@ -121,6 +124,16 @@ class TimeSample : private LatticeVisitor {
     master_.world = world.world;
     master_.worldNormal = world.normal;
     master_.worldScale = world.scale;
+    PointScale points;
+    points.layerWidth = layerWidth;
+    points.layerHeight = layerHeight;
+    points.scaleX = scalars_.scaleX;
+    points.scaleY = scalars_.scaleY;
+    for (int32_t i = 0; i < param_index::kSphereCount; ++i) {
+      master_.sphere[i] = makeSphereBlock(params_.sphere[i], points);
+    }
+    master_.kaleido = makeKaleidoBlock(params_, points);
+    fractal_ = makeFractalBlock(params_);
     visibility_ = visibilityBlockOf(params_);
   }
 
@@ -152,8 +165,15 @@ class TimeSample : private LatticeVisitor {
   // Light lists and the reflection map when shading is on.
   int32_t buildLights() { return engine_status::kGood; }
 
-  // Flow sums over the timeline up to this time, and the loop matrix.
-  void integrateFlow() {}
+  // Flow sums over the timeline up to this time, and the loop matrix; a failed loop shows its
+  // message and the sample goes on without it.
+  int32_t integrateFlow() {
+    FlowTimeline timeline;
+    timeline.sampleTime = time_;
+    timeline.step = host_.timeStep();
+    timeline.scale = host_.timeScale();
+    return runFlowStage(host_, timeline, fractal_);
+  }
 
   // Map selectors, audio levels and the per-particle constants of the sample.
   void setUpParticles() {
@@ -184,6 +204,7 @@ class TimeSample : private LatticeVisitor {
     working_.colorG = lattice.colorG;
     working_.colorB = lattice.colorB;
     working_.textureTime = lattice.textureTime;
+    fractal_.fractalStrength = 1.0;
     FieldBlock fields = master_;
     if (!((working_.baseSize > 0 || params_.affectSize > 0) &&
           (working_.opacity > 0 || params_.affectOpacity > 0))) {
@@ -193,7 +214,7 @@ class TimeSample : private LatticeVisitor {
     const float rotationZ = working_.rotationZ;
     const float rotationX = working_.rotationX;
     const float rotationY = working_.rotationY;
-    runFieldPass(lattice, base, fields);
+    forEachMirrorPass(fields.kaleido, [&] { runFieldPass(lattice, base, fields); });
     working_.rotationZ = rotationZ;
     working_.rotationX = rotationX;
     working_.rotationY = rotationY;
@@ -206,12 +227,9 @@ class TimeSample : private LatticeVisitor {
   void runFieldPass(const LatticeParticle& lattice, const ParticleBase& base,
                     const FieldBlock& fields) {
     Particle& p = working_;
-    rotateParticle(p, base, lattice.rotationSeedX, lattice.rotationSeedY, lattice.rotationSeedZ,
-                   timeSeconds_);
-    placeParticle(p, base, fields.baseLatticaMatrix);
-    disperseParticle(p, fields.disperseStrength, lattice.disperseVector);
-    twistParticle(p, fields.twist, fields.center);
-    applyWorldTransform(p, fields.world, fields.worldScale);
+    const ChainParticle chain{lattice.rotationSeedX, lattice.rotationSeedY, lattice.rotationSeedZ,
+                              lattice.disperseVector};
+    if (!runFieldChain(p, base, chain, fields, fractal_, timeSeconds_)) return;
     if (p.opacity <= 0 || p.size <= 0) return;
     projectParticle(p, view_);
     const bool inView = passesViewTest(p, view_);
@@ -227,7 +245,25 @@ class TimeSample : private LatticeVisitor {
   }
 
   // Wire spheres of the spherical fields, drawn before the particles.
-  void drawFieldVisualisation() {}
+  void drawFieldVisualisation() {
+    for (const SphereBlock& sphere : master_.sphere) {
+      if (!sphere.visualize) continue;
+      for (int32_t circle = 0; circle < kWireCircleCount; ++circle) {
+        const WireColor wire = sphereWireColor(circle);
+        const LineColor16 color{wire.alpha, wire.red, wire.green, wire.blue};
+        double previous[4] = {0, 0, 0, 0};
+        for (int32_t i = 0; i < kWirePointCount; ++i) {
+          double comp[4], camera[4], screen[4];
+          sphereWirePoint(sphere, master_.world, circle, i, comp);
+          projectPoint(comp, view_, camera, screen);
+          if (i > 0) {
+            drawWireLine<Kind>(targetInfo_, previous[0], previous[1], screen[0], screen[1], color);
+          }
+          for (int k = 0; k < 4; ++k) previous[k] = screen[k];
+        }
+      }
+    }
+  }
 
   int32_t reportOrderAndSplat() {
     SplatChunkTable& table = store_.table();
@@ -278,6 +314,7 @@ class TimeSample : private LatticeVisitor {
   RasterInfo targetInfo_;
   LatticeSetup lattice_;
   FieldBlock master_{};
+  FractalBlock fractal_{};
   VisibilityBlock visibility_{};
   ViewBlock view_{};
   DofSetup dof_{};

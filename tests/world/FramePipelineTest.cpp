@@ -36,25 +36,34 @@ const std::string kEmptyCountLine = "Total: 0   Visible: 0";
 
 int32_t pixelBytesOf(uint32_t format) {
   switch (format) {
-    case pixel_format::kArgb16: return 8;
+    case pixel_format::kArgb16:
+      return 8;
     case pixel_format::kArgbFloat:
-    case pixel_format::kBgraFloat: return 16;
-    default: return 4;
+    case pixel_format::kBgraFloat:
+      return 16;
+    default:
+      return 4;
   }
 }
 
 int32_t depthClassOf(uint32_t format) {
   switch (format) {
-    case pixel_format::kArgb16: return depth_class::k16Bit;
+    case pixel_format::kArgb16:
+      return depth_class::k16Bit;
     case pixel_format::kArgbFloat:
-    case pixel_format::kBgraFloat: return depth_class::kFloat;
-    default: return depth_class::k8Bit;
+    case pixel_format::kBgraFloat:
+      return depth_class::kFloat;
+    default:
+      return depth_class::k8Bit;
   }
 }
 
 struct Image {
   Image(int32_t w, int32_t h, uint32_t f)
-      : width(w), height(h), format(f), rowBytes(w * pixelBytesOf(f)),
+      : width(w),
+        height(h),
+        format(f),
+        rowBytes(w * pixelBytesOf(f)),
         bytes(size_t(rowBytes) * size_t(h), kGarbage) {}
 
   bool allZero() const {
@@ -94,7 +103,9 @@ class FakeRaster : public PluginRaster_API {
   std::unique_ptr<Image> owned_;
 };
 
-Image& imageOf(PluginRaster_API* raster) { return static_cast<FakeRaster*>(raster)->image(); }
+Image& imageOf(PluginRaster_API* raster) {
+  return static_cast<FakeRaster*>(raster)->image();
+}
 
 // One channel of the host's 16.16 blend, target = target * (1 - R) + source * R.
 template <typename Channel>
@@ -137,6 +148,11 @@ class FrameHost : public PluginHost_API {
   // ---- Driving the fake ----
   void setFloat(int32_t index, double value) { defs_[size_t(index)].u.floatSlider.value = value; }
   void setPopup(int32_t index, int32_t oneBased) { defs_[size_t(index)].u.popup.value = oneBased; }
+  void setCheck(int32_t index, bool on) { defs_[size_t(index)].u.check.value = on ? 1 : 0; }
+  void setPoint(int32_t index, double x, double y) {
+    defs_[size_t(index)].u.point.x = doubleToFixedRounded(x);
+    defs_[size_t(index)].u.point.y = doubleToFixedRounded(y);
+  }
   void setCompShutter(double angle, double phase) {
     compAngle_ = angle;
     compPhase_ = phase;
@@ -177,7 +193,9 @@ class FrameHost : public PluginHost_API {
   HostError clearRaster(PluginRaster_API* raster, const HostRect* rect) override {
     return clear(imageOf(raster), rect);
   }
-  HostError fillRaster(PluginRaster_API* raster) override { return clear(imageOf(raster), nullptr); }
+  HostError fillRaster(PluginRaster_API* raster) override {
+    return clear(imageOf(raster), nullptr);
+  }
   PluginRaster_API* outputRaster() override { return new FakeRaster(&output_); }
   PluginRaster_API* newWorld(int32_t w, int32_t h, int32_t depthClass, HostError* error,
                              uint32_t) override {
@@ -212,8 +230,8 @@ class FrameHost : public PluginHost_API {
     if (allocationsLeft_ > 0) --allocationsLeft_;
     ++allocations_;
     ++liveHandles_;
-    return reinterpret_cast<HostHandle>(new Block{std::make_unique<std::byte[]>(
-        size_t(std::llabs(size)))});
+    return reinterpret_cast<HostHandle>(
+        new Block{std::make_unique<std::byte[]>(size_t(std::llabs(size)))});
   }
   void* lockHandle(HostHandle handle) override { return blockOf(handle)->bytes.get(); }
   void unlockHandle(HostHandle) override {}
@@ -236,17 +254,21 @@ class FrameHost : public PluginHost_API {
     return blendRaster(source, target, ratio);
   }
   HostError blendRaster(PluginRaster_API* source, PluginRaster_API* target, Fixed ratio) override {
-    blends_.push_back({static_cast<FakeRaster*>(source)->isTemporary(), &imageOf(target) == &output_,
-                       ratio});
+    blends_.push_back(
+        {static_cast<FakeRaster*>(source)->isTemporary(), &imageOf(target) == &output_, ratio});
     const Image& s = imageOf(source);
     Image& t = imageOf(target);
     const size_t bytes = t.bytes.size();
     switch (depthClassOf(t.format)) {
-      case depth_class::k8Bit: blendChannels<uint8_t>(s.bytes.data(), t.bytes.data(), bytes, ratio); break;
+      case depth_class::k8Bit:
+        blendChannels<uint8_t>(s.bytes.data(), t.bytes.data(), bytes, ratio);
+        break;
       case depth_class::k16Bit:
         blendChannels<uint16_t>(s.bytes.data(), t.bytes.data(), bytes / 2, ratio);
         break;
-      default: blendChannels<float>(s.bytes.data(), t.bytes.data(), bytes / 4, ratio); break;
+      default:
+        blendChannels<float>(s.bytes.data(), t.bytes.data(), bytes / 4, ratio);
+        break;
     }
     return host_error::kNone;
   }
@@ -525,6 +547,93 @@ TEST(FrameFailures, AbortEndsABlurredFrameAtItsFirstSample) {
   EXPECT_TRUE(host.blends().empty());
   EXPECT_EQ(host.liveWorlds(), 0);
   EXPECT_EQ(host.liveHandles(), 0);
+}
+
+// ---- Fields ----
+
+const std::string kZeroFlowMessage =
+    "Vexel Lattica Error: Cannot construct Loop because all Flow Speeds are zero.";
+
+TEST(FrameFields, ALoopWithoutFlowIsRefusedOnEverySampleAndTheFrameGoesOn) {
+  FrameHost host;
+  host.setCheck(pi::kFlowLoop, true);
+  host.setFloat(pi::kFlowEvolution, 0.0);
+  blurOn(host, 180.0, 0.0, 5.0);
+
+  EXPECT_EQ(renderFrameWithBlur<PixelArgb8>(host), engine_status::kGood);
+  EXPECT_EQ(host.messages(), std::vector<std::string>(5, kZeroFlowMessage));
+  EXPECT_EQ(host.infoLines().size(), 5u);
+}
+
+// One visible particle at the layer's Center (this host's points are at the origin), where the
+// mirror lines cross too.
+void oneParticleAtTheCentre(FrameHost& host) {
+  host.setFloat(pi::kParticlesInX, 1.0);
+  host.setFloat(pi::kParticlesInY, 1.0);
+  host.setFloat(pi::kParticlesInZ, 1.0);
+  host.setFloat(pi::kParticleSize, 2.0);
+  host.setFloat(pi::kParticleOpacity, 100.0);
+}
+
+TEST(FrameFields, MirrorCopiesCountAsVisibleButTheParticleOnceInTotal) {
+  FrameHost plain;
+  oneParticleAtTheCentre(plain);
+  EXPECT_EQ(renderFrameWithBlur<PixelArgb8>(plain), engine_status::kGood);
+  EXPECT_EQ(plain.infoLines(), std::vector<std::string>{"Total: 1   Visible: 1"});
+
+  FrameHost everything;
+  oneParticleAtTheCentre(everything);
+  everything.setPopup(pi::kMirrorMode, 4);  // "H+V"
+  everything.setPopup(pi::kBehaviour, 2);   // "Mirror Everything"
+  EXPECT_EQ(renderFrameWithBlur<PixelArgb8>(everything), engine_status::kGood);
+  EXPECT_EQ(everything.infoLines(), std::vector<std::string>{"Total: 1   Visible: 4"});
+
+  // On both lines: only the source quarter's copy is removed.
+  FrameHost removing;
+  oneParticleAtTheCentre(removing);
+  removing.setPopup(pi::kMirrorMode, 4);
+  EXPECT_EQ(renderFrameWithBlur<PixelArgb8>(removing), engine_status::kGood);
+  EXPECT_EQ(removing.infoLines(), std::vector<std::string>{"Total: 1   Visible: 3"});
+}
+
+template <typename Kind>
+class VisualizedField : public ::testing::Test {};
+TYPED_TEST_SUITE(VisualizedField, AllKinds);
+
+TYPED_TEST(VisualizedField, DrawsThreeOpaqueCirclesInRedGreenAndBlue) {
+  FrameHost host(TypeParam::kFormat, 64, 64);
+  host.setPoint(pi::kSphere1PositionXY, 32.0, 32.0);
+  host.setFloat(pi::kSphere1Radius, 12.0);
+  host.setCheck(pi::kSphere1VisualizeField, true);
+
+  EXPECT_EQ(renderFrameWithBlur<TypeParam>(host), engine_status::kGood);
+  EXPECT_EQ(host.infoLines(), std::vector<std::string>{kEmptyCountLine});
+  using Channel = typename TypeParam::Channel;
+  const Image& image = host.output();
+  const Channel white = toChannel<TypeParam>(TypeParam::kWhite);
+  int32_t red = 0, green = 0, blue = 0, other = 0;
+  for (int32_t y = 0; y < image.height; ++y) {
+    for (int32_t x = 0; x < image.width; ++x) {
+      const auto* px =
+          reinterpret_cast<const Channel*>(image.bytes.data() + y * image.rowBytes) + x * 4;
+      const Channel a = px[TypeParam::kAlpha], r = px[TypeParam::kRed], g = px[TypeParam::kGreen],
+                    b = px[TypeParam::kBlue];
+      if (a == 0 && r == 0 && g == 0 && b == 0) continue;
+      if (a == white && r == white && g == 0 && b == 0) {
+        ++red;
+      } else if (a == white && r == 0 && g == white && b == 0) {
+        ++green;
+      } else if (a == white && r == 0 && g == 0 && b == white) {
+        ++blue;
+      } else {
+        ++other;
+      }
+    }
+  }
+  EXPECT_GT(red, 20);
+  EXPECT_GT(green, 0);
+  EXPECT_GT(blue, 0);
+  EXPECT_EQ(other, 0);
 }
 
 }  // namespace
