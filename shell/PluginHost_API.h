@@ -302,6 +302,11 @@ class PluginHost_API {
   virtual bool layerSourceSize(int32_t /*paramIndex*/, int32_t* /*w*/, int32_t* /*h*/) {
     return false;
   }
+  // The instance's saved record (7200 bytes) and the module's global record, locked for the
+  // call; null where the host keeps none.
+  virtual void* sequenceData() { return nullptr; }
+  virtual void* globalData() { return nullptr; }
+
   // Duration in seconds of the layer a parameter names (the sprite's texture clip); false when
   // there is none.
   virtual bool layerDurationSeconds(int32_t /*paramIndex*/, double* /*seconds*/) { return false; }

@@ -179,12 +179,16 @@ Matrix4 worldNormalMatrix(const double radians[3]) {
          Matrix4::rotationX(radians[0]);
 }
 
-WorldTransform worldTransformOf(const FrameParameters& params, const double center[3]) {
+WorldTransform worldTransformOf(const FrameParameters& params, const double center[3],
+                                double scaleAdd, const float* offsetAdd) {
   const double radians[3] = {params.worldXRotation * kRadiansPerDegree,
                              params.worldYRotation * kRadiansPerDegree,
                              params.worldZRotation * kRadiansPerDegree};
-  const double offset[3] = {params.worldXOffset, params.worldYOffset, params.worldZOffset};
-  const double scale = params.worldScale * 0.01;
+  double offset[3] = {params.worldXOffset, params.worldYOffset, params.worldZOffset};
+  if (offsetAdd) {
+    for (int i = 0; i < 3; ++i) offset[i] += offsetAdd[i];
+  }
+  const double scale = params.worldScale * 0.01 + scaleAdd;
   return WorldTransform{worldMatrix(center, scale, radians, offset), worldNormalMatrix(radians),
                         float(scale)};
 }

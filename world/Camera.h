@@ -104,7 +104,9 @@ Matrix4 worldMatrix(const double center[3], double scale, const double radians[3
 // Rz * Ry * Rx.
 Matrix4 worldNormalMatrix(const double radians[3]);
 // From the "World Transform" group, pivoting on the Base Lattica centre (comp pixels).
-WorldTransform worldTransformOf(const FrameParameters& params, const double center[3]);
+// scaleAdd and offsetAdd carry a particle's Audio React change of the transform.
+WorldTransform worldTransformOf(const FrameParameters& params, const double center[3],
+                                double scaleAdd = 0.0, const float* offsetAdd = nullptr);
 // Stage 12 of the field chain: the position through the World matrix, size times the scale.
 void applyWorldTransform(Particle& particle, const Matrix4& world, float scale);
 

@@ -1,5 +1,6 @@
 #include "FramePipeline.h"
 
+#include "AudioReact.h"
 #include "BaseLattice.h"
 #include "Camera.h"
 #include "Composite.h"
@@ -7,13 +8,26 @@
 #include "FieldVisualisation.h"
 #include "FlowIntegration.h"
 #include "FractalField.h"
+#include "GlobalRecord.h"
+#include "LayerMapApply.h"
+#include "LayerMaps.h"
 #include "MotionBlur.h"
 #include "ParamIndex.h"
 #include "ParamTable.h"
 #include "ParticleCount.h"
+#include "ParticleExpansion.h"
+#include "ParticleModulation.h"
+#include "ParticleRecord.h"
+#include "QuickMaps.h"
 #include "RasterHolders.h"
+#include "RecordCarryOver.h"
+#include "SequenceRecord.h"
+#include "Shading.h"
+#include "Shadowlets.h"
 #include "SplatDraw.h"
 #include "SplatStore.h"
+#include "TextureLayer.h"
+#include "TextureTime.h"
 
 namespace lattica {
 namespace {
@@ -28,42 +42,25 @@ HostError readSliderAt(PluginHost_API& host, int32_t index, const TimeTriple& t,
   return host.paramSliderAt(index, host.hostIs(host_id::kFinalCut) ? id : -id, t, value);
 }
 
-// Record of a particle that passed the view test, as the kernels draw it.
-SplatRecord splatRecordOf(const Particle& p) {
-  SplatRecord r{};
-  r.screenX = p.screenPosition[0];
-  r.screenY = p.screenPosition[1];
-  r.depth = p.screenPosition[2];
-  r.screenW = p.screenPosition[3];
-  r.viewX = p.cameraPosition[0];
-  r.viewY = p.cameraPosition[1];
-  r.viewZ = p.cameraPosition[2];
-  r.viewW = p.cameraPosition[3];
-  const bool polygon = p.particleType >= 9 && p.particleType <= 11;
-  for (int c = 0; c < 4; ++c) {
-    for (int k = 0; k < 4; ++k) r.corner[c][k] = polygon ? p.corners[c][k] : 0.0;
-  }
-  r.size = p.screenSize;
-  r.opacity = p.opacity;
-  r.red = p.colorR;
-  r.green = p.colorG;
-  r.blue = p.colorB;
-  r.feather = p.feather;
-  r.rotationZ = p.rotationZ;
-  r.textureTime = p.textureTime;
-  r.transfer = p.transferMode;
-  r.kind = p.particleType;
-  r.transferMix = 0.0f;
-  if (polygon) {
-    r.normalX = p.polygonNormal[0];
-    r.normalY = p.polygonNormal[1];
-    r.normalZ = p.polygonNormal[2];
-  } else {
-    r.normalX = 0.0;
-    r.normalY = 0.0;
-    r.normalZ = -1.0;
-  }
-  return r;
+// The saved record of the instance, or defaults where the host keeps none.
+const SequenceRecord& defaultSequenceRecord() {
+  static const SequenceRecord record = [] {
+    SequenceRecord r{};
+    fillDefaultSequenceRecord(r);
+    return r;
+  }();
+  return record;
+}
+
+// The Cloudlet shapes of the module's global record, or ones built here where the host keeps none.
+const CloudletTemplate* cloudletTemplatesOf(PluginHost_API& host) {
+  if (void* global = host.globalData()) return static_cast<GlobalRecord*>(global)->cloudlets;
+  static const std::vector<CloudletTemplate> shapes = [] {
+    std::vector<CloudletTemplate> t(kCloudletTemplateCount);
+    buildCloudletTemplates(t.data(), kCloudletTemplateCount);
+    return t;
+  }();
+  return shapes.data();
 }
 
 // State of one time sample that the stages share.
@@ -71,13 +68,20 @@ template <typename Kind>
 class TimeSample : private LatticeVisitor {
  public:
   TimeSample(PluginHost_API& host, int32_t time, PluginRaster_API* target,
-             const PreviewState& preview, const FrameParameters& params)
+             const PreviewState& preview, FrameParameters& params)
       : host_(host),
         time_(time),
         target_(target),
         preview_(preview),
         params_(params),
-        store_(host) {}
+        store_(host),
+        reactors_(host),
+        sink_{host, store_.table(), view_, shading_} {}
+
+  ~TimeSample() {
+    releaseMaps(layerMaps_);
+    releaseShadingLayers(host_, &shading_);
+  }
 
   int32_t run() {
     applyPendingOverrides();
@@ -86,14 +90,12 @@ class TimeSample : private LatticeVisitor {
     setUpFields();
     if (const HostError err = host_.clearRaster(target_)) return err;
     if (const HostError err = host_.rasterInfo(target_, &targetInfo_)) return err;
-    readSpriteMetrics();
-    int32_t status = buildCamera();
+    int32_t status = readSpriteMetrics();
+    if (status == engine_status::kGood) status = buildCamera();
     if (status == engine_status::kGood) status = buildLights();
     if (status == engine_status::kGood) status = integrateFlow();
-    if (status == engine_status::kGood) {
-      setUpParticles();
-      status = generate();
-    }
+    if (status == engine_status::kGood) status = setUpParticles();
+    if (status == engine_status::kGood) status = generate();
     if (status == engine_status::kGood) drawFieldVisualisation();
     closeSplatTable(store_.table());
     if (status == engine_status::kGood) status = reportOrderAndSplat();
@@ -103,8 +105,19 @@ class TimeSample : private LatticeVisitor {
  private:
   bool motionPreview() const { return params_.renderMode == 0; }
 
-  // Pending one-shot settings carried in the saved record; none are pending on this record.
-  void applyPendingOverrides() {}
+  TimeTriple sampleTime() const { return TimeTriple{time_, host_.timeStep(), host_.timeScale()}; }
+
+  // Pending one-shot settings carried in the saved record, written to the host and this frame.
+  void applyPendingOverrides() {
+    if (void* data = host_.sequenceData()) {
+      applyRecordCarryOver(host_, *static_cast<SequenceRecord*>(data), params_);
+    }
+  }
+
+  const SequenceRecord& record() {
+    if (void* data = host_.sequenceData()) return *static_cast<const SequenceRecord*>(data);
+    return defaultSequenceRecord();
+  }
 
   // Master field block of the sample.
   void setUpFields() {
@@ -137,8 +150,27 @@ class TimeSample : private LatticeVisitor {
     visibility_ = visibilityBlockOf(params_);
   }
 
-  // Texture layer size, aspect and duration for the sprite kinds.
-  void readSpriteMetrics() {}
+  // Texture layer size, aspect and duration for the sprite kinds, the Streaklet shape and the
+  // Shadowlet light.
+  int32_t readSpriteMetrics() {
+    const uint8_t kind = uint8_t(params_.particleType + 1);
+    if (kind >= particle_kind::kSprite && kind <= particle_kind::kTexturedPolygonFill) {
+      if (const HostError err =
+              readTextureFacts(host_, param_index::kTextureLayer, sampleTime(), &texture_)) {
+        return err;
+      }
+    } else if (kind == particle_kind::kSquare) {
+      texture_ = squareTextureFacts();
+    }
+    timing_ = SpriteTiming{int32_t(params_.timeSampling), params_.numberOfClips,
+                           params_.subframeSampling != 0, texture_.duration};
+    buildStreakletTemplate(&streaklet_, int32_t(params_.streakletRandomSeed),
+                           int32_t(params_.noStreaks), float(params_.streakSize * 0.01));
+    shadowletSetup_ = makeShadowletSetup(host_, sampleTime(), params_, record().shadowLightName,
+                                         int32_t(kShadowLightNameSize));
+    expansion_ = ExpansionSetup{cloudletTemplatesOf(host_), &streaklet_, &shadowletSetup_};
+    return engine_status::kGood;
+  }
 
   // The view of the sample; a missing camera shows its message and fails the sample.
   int32_t buildCamera() {
@@ -162,8 +194,12 @@ class TimeSample : private LatticeVisitor {
     return engine_status::kGood;
   }
 
-  // Light lists and the reflection map when shading is on.
-  int32_t buildLights() { return engine_status::kGood; }
+  // Light lists and the reflection map when shading is on (Motion Preview shades nothing).
+  int32_t buildLights() {
+    if (motionPreview()) return engine_status::kGood;
+    return collectLights(host_, sampleTime(), params_, view_.worldToCamera, view_.cameraToWorld,
+                         &shading_);
+  }
 
   // Flow sums over the timeline up to this time, and the loop matrix; a failed loop shows its
   // message and the sample goes on without it.
@@ -176,7 +212,7 @@ class TimeSample : private LatticeVisitor {
   }
 
   // Map selectors, audio levels and the per-particle constants of the sample.
-  void setUpParticles() {
+  int32_t setUpParticles() {
     timeSeconds_ = float(double(time_) / double(host_.timeScale()));
     working_ = Particle{};
     working_.feather = float(params_.sphereFeather / 100.0);
@@ -184,6 +220,28 @@ class TimeSample : private LatticeVisitor {
     working_.particleType = uint8_t(params_.particleType + 1);
     working_.shadowlet = int32_t(params_.shadowlet);
     working_.normalZSign = 1.0f;
+    working_.spritePixelAspect = float(texture_.pixelAspect);
+    working_.spriteWidth = texture_.width;
+    working_.spriteHeight = texture_.height;
+    working_.spriteAspect = float(texture_.heightRatio());
+    texturedKind_ = working_.particleType >= particle_kind::kSprite;
+
+    const bool gridless = lattice_.shape == LatticeShape::kSphere;
+    quickMaps_ = quickMapSettingsOf(params_, false);
+    quickCurves_ = quickMapCurvesOf(record());
+    if (const HostError err = readLayerMapSettings(host_, time_, params_, layerMaps_)) return err;
+    checkOutMaps(host_, time_, layerMaps_, gridless);
+    if (const HostError err = reactors_.setUp(time_, params_)) return err;
+    modulationStart_.disperseStrength = master_.disperseStrength;
+    modulationStart_.rotation[0] = lattice_.rotation.rotateX;
+    modulationStart_.rotation[1] = lattice_.rotation.rotateY;
+    modulationStart_.rotation[2] = lattice_.rotation.rotateZ;
+    for (int32_t s = 0; s < 2; ++s) {
+      modulationStart_.sphereRadius[s] = master_.sphere[s].radius;
+      modulationStart_.sphereStrength[s] = master_.sphere[s].strength;
+    }
+    reactors_.copyStrengths(modulationStart_.reactorStrength);
+    return engine_status::kGood;
   }
 
   // Walks the chosen base lattice; each particle runs the tail and the field chain.
@@ -195,7 +253,9 @@ class TimeSample : private LatticeVisitor {
 
   // ---- The tail of one particle ----
 
-  void onZLayer(int32_t) override {}
+  void onZLayer(int32_t zIndex) override {
+    advanceMaps(host_, time_, layerMaps_, double(zIndex), lattice_.countZ);
+  }
 
   bool onParticle(const LatticeParticle& lattice) override {
     working_.baseSize = lattice.baseSize;
@@ -206,11 +266,35 @@ class TimeSample : private LatticeVisitor {
     working_.textureTime = lattice.textureTime;
     fractal_.fractalStrength = 1.0;
     FieldBlock fields = master_;
+    startParticle(modulation_, modulationStart_);
+    const MapFractions fractions{lattice.fractionX, lattice.fractionY, lattice.fractionZ,
+                                 lattice.radial};
+    applyQuickMaps(quickMaps_, quickCurves_, fractions, working_, modulation_);
+    LayerMapPosition mapPosition;
+    mapPosition.x = fractions.x;
+    mapPosition.y = fractions.y;
+    mapPosition.z = fractions.z;
+    mapPosition.u = float(lattice.mapU);
+    mapPosition.v = float(lattice.mapV);
+    mapPosition.overSize[0] = fractions.x;
+    mapPosition.overSize[1] = fractions.y;
+    mapPosition.overSize[2] = fractions.z;
+    applyLayerMaps(layerMaps_, mapPosition, working_, modulation_);
+    reactors_.apply(fractions.x, fractions.y, fractions.z, working_, modulation_);
     if (!((working_.baseSize > 0 || params_.affectSize > 0) &&
           (working_.opacity > 0 || params_.affectOpacity > 0))) {
       return false;
     }
-    const ParticleBase base = lattice.particleBase(0.0, 0.0, 0.0);
+    if (texturedKind_) {
+      working_.textureTime = pickTextureTime(timing_, lattice.textureSeed, time_,
+                                             host_.timeScale(), host_.timeStep());
+    }
+    applyModulation(fields);
+    ParticleBase base = lattice.particleBase(modulation_.displace[0], modulation_.displace[1],
+                                             modulation_.displace[2]);
+    base.rotateX = modulation_.rotation[0];
+    base.rotateY = modulation_.rotation[1];
+    base.rotateZ = modulation_.rotation[2];
     const float rotationZ = working_.rotationZ;
     const float rotationX = working_.rotationX;
     const float rotationY = working_.rotationY;
@@ -222,6 +306,23 @@ class TimeSample : private LatticeVisitor {
   }
 
   int32_t checkAbort() override { return host_.isAborted(); }
+
+  // The maps' and reactors' results go to the particle's own copy of the field settings.
+  void applyModulation(FieldBlock& fields) {
+    fields.disperseStrength = modulation_.disperseStrength;
+    fractal_.fractalStrength = modulation_.fractalStrength;
+    for (int32_t s = 0; s < 2; ++s) {
+      fields.sphere[s].radius = modulation_.sphereRadius[s];
+      fields.sphere[s].strength = modulation_.sphereStrength[s];
+    }
+    if (modulation_.changesWorld()) {
+      const double center[3] = {lattice_.centerX, lattice_.centerY, lattice_.centerZ};
+      const WorldTransform world = worldTransformOf(params_, center, modulation_.worldScaleAdd,
+                                                    modulation_.worldOffsetAdd);
+      fields.world = world.world;
+      fields.worldScale = world.scale;
+    }
+  }
 
   // Steps 13 to 16 for one pass: field chain, early test, projection and fades, store.
   void runFieldPass(const LatticeParticle& lattice, const ParticleBase& base,
@@ -240,7 +341,7 @@ class TimeSample : private LatticeVisitor {
                              p.colorG, p.colorB);
       ++previewPointCount_;
     } else if (inView) {
-      appendSplatRecord(host_, store_.table(), splatRecordOf(p));
+      expandParticle(sink_, expansion_, p);
     }
   }
 
@@ -294,6 +395,12 @@ class TimeSample : private LatticeVisitor {
     draw.glowTransfer = int32_t(params_.glowTransferMode + 1);
     draw.allowThreads = true;
     draw.previewActive = preview_.active != 0;
+    draw.textureAspect = texture_.pixelAspect;
+    draw.heightRatio = texture_.heightRatio();
+    draw.shading = shading_.mode != 0 ? &shading_ : nullptr;
+    draw.camera = QuadCamera{view_.focalDistance, view_.inversePixelAspect, view_.downsampleX,
+                             view_.downsampleY,   view_.outputWidth,        view_.outputHeight,
+                             view_.orthographic != 0};
     return renderSplats<Kind>(host_, targetInfo_, table, order.data(), count, draw);
   }
 
@@ -308,9 +415,23 @@ class TimeSample : private LatticeVisitor {
   const int32_t time_;
   PluginRaster_API* const target_;
   const PreviewState& preview_;
-  const FrameParameters& params_;
+  FrameParameters& params_;
   FrameScalars scalars_;
   ScopedSplatTable store_;
+  ShadingSetup shading_{};
+  LayerMapSet layerMaps_{};
+  AudioReactorSet reactors_;
+  RecordSink sink_;
+  QuickMapSettings quickMaps_{};
+  QuickMapCurves quickCurves_{};
+  ModulationStart modulationStart_{};
+  ParticleModulation modulation_{};
+  TextureFacts texture_{};
+  SpriteTiming timing_{};
+  StreakletTemplate streaklet_{};
+  ShadowletSetup shadowletSetup_{};
+  ExpansionSetup expansion_{};
+  bool texturedKind_ = false;
   RasterInfo targetInfo_;
   LatticeSetup lattice_;
   FieldBlock master_{};
@@ -382,7 +503,7 @@ HostError readFrameScalars(PluginHost_API& host, int32_t time, const PreviewStat
 
 template <typename Kind>
 int32_t RenderTimeSample(PluginHost_API& host, int32_t time, PluginRaster_API* target,
-                         const PreviewState& preview, const FrameParameters& params) {
+                         const PreviewState& preview, FrameParameters& params) {
   TimeSample<Kind> sample(host, time, target, preview, params);
   return sample.run();
 }
@@ -437,7 +558,7 @@ int32_t renderFrameWithBlur(PluginHost_API& host) {
 #define LATTICA_INSTANTIATE_PIPELINE(Kind)                                             \
   template int32_t renderFrameWithBlur<Kind>(PluginHost_API&);                         \
   template int32_t RenderTimeSample<Kind>(PluginHost_API&, int32_t, PluginRaster_API*, \
-                                          const PreviewState&, const FrameParameters&);
+                                          const PreviewState&, FrameParameters&);
 LATTICA_INSTANTIATE_PIPELINE(PixelArgb8)
 LATTICA_INSTANTIATE_PIPELINE(PixelBgra8)
 LATTICA_INSTANTIATE_PIPELINE(PixelArgb16)

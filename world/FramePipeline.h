@@ -32,7 +32,7 @@ int32_t renderFrameWithBlur(PluginHost_API& host);
 // The whole pipeline for one host time, into target.
 template <typename Kind>
 int32_t RenderTimeSample(PluginHost_API& host, int32_t time, PluginRaster_API* target,
-                         const PreviewState& preview, const FrameParameters& params);
+                         const PreviewState& preview, FrameParameters& params);
 
 // Reads the per-sample scalars at the sample's time.
 HostError readFrameScalars(PluginHost_API& host, int32_t time, const PreviewState& preview,
@@ -42,7 +42,7 @@ HostError readFrameScalars(PluginHost_API& host, int32_t time, const PreviewStat
   extern template int32_t renderFrameWithBlur<Kind>(PluginHost_API&);                   \
   extern template int32_t RenderTimeSample<Kind>(PluginHost_API&, int32_t,              \
                                                  PluginRaster_API*, const PreviewState&, \
-                                                 const FrameParameters&);
+                                                 FrameParameters&);
 LATTICA_DECLARE_PIPELINE(PixelArgb8)
 LATTICA_DECLARE_PIPELINE(PixelBgra8)
 LATTICA_DECLARE_PIPELINE(PixelArgb16)

@@ -4,7 +4,9 @@
 #include <fstream>
 #include <set>
 
+#include "MediaCache.h"
 #include "StandaloneCamera.h"
+#include "StandaloneLights.h"
 
 namespace lattica::standalone {
 namespace {
@@ -51,8 +53,8 @@ class ObjectReader {
     if (!has(name)) return fallback;
     const json& v = at(name);
     if (!v.is_number_integer() || v.get<int64_t>() < minimum || v.get<int64_t>() > INT32_MAX) {
-      fail(childKey(name), "expected an integer of at least " + std::to_string(minimum) +
-                               ", got " + describeJson(v));
+      fail(childKey(name), "expected an integer of at least " + std::to_string(minimum) + ", got " +
+                               describeJson(v));
     }
     return int32_t(v.get<int64_t>());
   }
@@ -134,8 +136,8 @@ LayerSpec readLayer(const std::string& name, const json& node, const Composition
     layer.kind = LayerKind::kSequence;
     layer.pattern = (folder / r.text("sequence")).string();
     if (layer.pattern.find('#') == std::string::npos) {
-      fail(key + ".sequence", "expected a pattern with a run of '#', got " +
-                                  describeJson(r.at("sequence")));
+      fail(key + ".sequence",
+           "expected a pattern with a run of '#', got " + describeJson(r.at("sequence")));
     }
     if (!r.has("count")) fail(key + ".count", "missing (required for a sequence)");
     layer.count = r.integer("count", 0, 1);
@@ -170,9 +172,28 @@ LayerSpec readLayer(const std::string& name, const json& node, const Composition
   return layer;
 }
 
+// Opens and decodes every still and sound now, so that a bad file is found before any frame.
+void decodeLayerMedia(const SceneSpec& scene) {
+  for (const LayerSpec& layer : scene.layers) {
+    const bool image = layer.kind == LayerKind::kImage;
+    if (!image && layer.kind != LayerKind::kAudio) continue;
+    try {
+      if (image) {
+        scene.media->image(layer.file);
+      } else {
+        scene.media->audio(layer.file);
+      }
+    } catch (const MediaError& e) {
+      fail("layers." + layer.name + (image ? ".image" : ".audio"), e.what());
+    }
+  }
+}
+
 }  // namespace
 
-int32_t CompositionSpec::timeScale() const { return int32_t(std::lround(frameRate * 1000.0)); }
+int32_t CompositionSpec::timeScale() const {
+  return int32_t(std::lround(frameRate * 1000.0));
+}
 
 int64_t CompositionSpec::frameCount() const {
   int64_t n = int64_t(std::floor(duration * frameRate));
@@ -195,8 +216,7 @@ std::string describeJson(const json& value) {
 }
 
 SceneSpec parseScene(const json& root, const std::filesystem::path& folder) {
-  ObjectReader r(root, "",
-                 {"composition", "camera", "lights", "layers", "source", "effect"});
+  ObjectReader r(root, "", {"composition", "camera", "lights", "layers", "source", "effect"});
   SceneSpec scene;
   scene.folder = folder;
   if (!r.has("composition")) fail("composition", "missing");
@@ -208,12 +228,8 @@ SceneSpec parseScene(const json& root, const std::filesystem::path& folder) {
   if (r.has("lights")) {
     const json& lights = r.at("lights");
     if (!lights.is_array()) fail("lights", "expected a list, got " + describeJson(lights));
-    for (size_t i = 0; i < lights.size(); ++i) {
-      ObjectReader(lights[i], "lights[" + std::to_string(i) + "]",
-                   {"name", "type", "position", "pointOfInterest", "color", "intensity",
-                    "coneAngle", "coneFeather", "enabled"});
-      scene.lights.push_back(lights[i]);
-    }
+    scene.lights.assign(lights.begin(), lights.end());
+    readSceneLights(scene.lights);
   }
   if (r.has("layers")) {
     const json& layers = r.at("layers");
@@ -222,6 +238,8 @@ SceneSpec parseScene(const json& root, const std::filesystem::path& folder) {
       scene.layers.push_back(readLayer(item.key(), item.value(), scene.composition, folder));
     }
   }
+  scene.media = std::make_shared<MediaCache>();
+  decodeLayerMedia(scene);
   if (r.has("source")) {
     const std::string source = r.text("source");
     if (scene.layerIndex(source) < 0) {
@@ -233,7 +251,8 @@ SceneSpec parseScene(const json& root, const std::filesystem::path& folder) {
     ObjectReader effect(r.at("effect"), "effect", {"parameters", "sequenceData"});
     if (effect.has("parameters")) {
       if (!effect.at("parameters").is_object()) {
-        fail("effect.parameters", "expected an object, got " + describeJson(effect.at("parameters")));
+        fail("effect.parameters",
+             "expected an object, got " + describeJson(effect.at("parameters")));
       }
       scene.parameters = effect.at("parameters");
     }

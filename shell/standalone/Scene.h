@@ -3,6 +3,7 @@
 
 #include <array>
 #include <filesystem>
+#include <memory>
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -11,6 +12,8 @@
 #include <nlohmann/json.hpp>
 
 namespace lattica::standalone {
+
+class MediaCache;
 
 // A scene that cannot be used; the message names the key at fault and the offending value.
 class SceneError : public std::runtime_error {
@@ -46,8 +49,8 @@ struct LayerSpec {
   std::optional<double> duration;
   bool text = false;
   // Media paths, resolved against the scene's folder.
-  std::filesystem::path file;            // image, audio
-  std::string pattern;                   // sequence or numbered obj pattern
+  std::filesystem::path file;  // image, audio
+  std::string pattern;         // sequence or numbered obj pattern
   std::vector<std::filesystem::path> objFiles;
   int32_t first = 0;
   int32_t count = 0;
@@ -68,6 +71,9 @@ struct SceneSpec {
   std::optional<std::string> source;
   nlohmann::json parameters = nlohmann::json::object();
   std::optional<nlohmann::json> sequenceData;
+  // Decoded media files, shared by every copy of the scene. parseScene decodes the stills and
+  // sounds of the layers into it; sequence files are decoded when a frame needs them.
+  std::shared_ptr<MediaCache> media;
 
   // Index into layers, or -1.
   int32_t layerIndex(const std::string& name) const;
@@ -75,7 +81,8 @@ struct SceneSpec {
 
 // Reads and checks a scene file. Throws SceneError.
 SceneSpec loadScene(const std::filesystem::path& file);
-// Checks a scene already parsed from JSON; folder resolves relative paths.
+// Checks a scene already parsed from JSON; folder resolves relative paths. Every still and sound
+// file of the layers is decoded here, so a bad file stops the scene before any frame.
 SceneSpec parseScene(const nlohmann::json& root, const std::filesystem::path& folder);
 
 // Short text of a JSON value for messages.

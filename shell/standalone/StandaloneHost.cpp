@@ -26,8 +26,7 @@ namespace lattica::standalone {
 
 class StandaloneHost::RowArena {
  public:
-  explicit RowArena(int32_t threads)
-      : arena_(threads > 0 ? threads : tbb::task_arena::automatic) {}
+  explicit RowArena(int32_t threads) : arena_(threads > 0 ? threads : tbb::task_arena::automatic) {}
   tbb::task_arena& arena() { return arena_; }
 
  private:
@@ -39,25 +38,21 @@ StandaloneHost::StandaloneHost(const SceneSpec& scene, HostSettings settings, Me
       settings_(settings),
       sink_(sink),
       params_(settings.hostId),
-      arena_(std::make_unique<RowArena>(settings.threads)) {}
+      arena_(std::make_unique<RowArena>(settings.threads)),
+      frames_(std::make_unique<LayerFrames>(
+          scene, scene.media ? scene.media : std::make_shared<MediaCache>())),
+      lights_(readSceneLights(scene.lights)) {
+  sourceSize_[0] = scene.composition.width;
+  sourceSize_[1] = scene.composition.height;
+  if (!scene.source) return;
+  try {
+    frames_->fullSize(scene.layerIndex(*scene.source), &sourceSize_[0], &sourceSize_[1]);
+  } catch (const SceneError& e) {
+    noteMediaError(e.what());
+  }
+}
 
 StandaloneHost::~StandaloneHost() = default;
-
-int32_t StandaloneHost::sourceWidth() const {
-  if (scene_.source) {
-    const LayerSpec& layer = scene_.layers[size_t(scene_.layerIndex(*scene_.source))];
-    if (layer.kind == LayerKind::kSolid) return layer.width;
-  }
-  return scene_.composition.width;
-}
-
-int32_t StandaloneHost::sourceHeight() const {
-  if (scene_.source) {
-    const LayerSpec& layer = scene_.layers[size_t(scene_.layerIndex(*scene_.source))];
-    if (layer.kind == LayerKind::kSolid) return layer.height;
-  }
-  return scene_.composition.height;
-}
 
 // As the effect's pre-render sizes its result: trunc(downsample factor * layer size).
 int32_t StandaloneHost::outputWidth() const {
@@ -97,7 +92,9 @@ HostError StandaloneHost::clearRaster(PluginRaster_API* raster, const HostRect* 
   return host_error::kNone;
 }
 
-HostError StandaloneHost::fillRaster(PluginRaster_API* raster) { return clearRaster(raster, nullptr); }
+HostError StandaloneHost::fillRaster(PluginRaster_API* raster) {
+  return clearRaster(raster, nullptr);
+}
 
 HostError StandaloneHost::copyRect(PluginRaster_API* source, PluginRaster_API* target,
                                    const HostRect& from, const HostRect& to) {
@@ -140,8 +137,8 @@ PluginRaster_API* StandaloneHost::newWorld(int32_t width, int32_t height, int32_
     return nullptr;
   }
   try {
-    auto image = std::make_unique<Image>(width, height,
-                                         formatForDepthClass(depthClass, settings_.bgra));
+    auto image =
+        std::make_unique<Image>(width, height, formatForDepthClass(depthClass, settings_.bgra));
     if (allocationsLeft_.load() > 0) --allocationsLeft_;
     auto* raster = new StandaloneRaster(nullptr, std::move(image));
     raster->attachHost(this);
@@ -152,10 +149,16 @@ PluginRaster_API* StandaloneHost::newWorld(int32_t width, int32_t height, int32_
   }
 }
 
-void StandaloneHost::disposeWorld(PluginRaster_API* raster) { delete raster; }
+void StandaloneHost::disposeWorld(PluginRaster_API* raster) {
+  delete raster;
+}
 
-double StandaloneHost::downsampleX() { return 1.0 / settings_.downsample; }
-double StandaloneHost::downsampleY() { return 1.0 / settings_.downsample; }
+double StandaloneHost::downsampleX() {
+  return 1.0 / settings_.downsample;
+}
+double StandaloneHost::downsampleY() {
+  return 1.0 / settings_.downsample;
+}
 
 double StandaloneHost::pixelAspect() {
   if (scene_.source) return scene_.layers[size_t(scene_.layerIndex(*scene_.source))].pixelAspect;
@@ -178,7 +181,10 @@ HostError StandaloneHost::rasterInfo(PluginRaster_API* raster, RasterInfo* info)
   *info = RasterInfo{};
   if (raster) {
     Image& image = imageOf(raster);
-    *info = image.info(float(pixelAspect()), &image == output_ ? 2.0f : 0.5f);
+    const auto* layer = dynamic_cast<const StandaloneRaster*>(raster);
+    const float aspect = layer && layer->layerPixelAspect() > 0.0f ? layer->layerPixelAspect()
+                                                                   : float(pixelAspect());
+    *info = image.info(aspect, &image == output_ ? 2.0f : 0.5f);
   }
   return host_error::kNone;
 }
@@ -199,7 +205,9 @@ HostHandle StandaloneHost::newHandle(int64_t size) {
   return block;
 }
 
-void* StandaloneHost::lockHandle(HostHandle handle) { return handle ? handle->data.get() : nullptr; }
+void* StandaloneHost::lockHandle(HostHandle handle) {
+  return handle ? handle->data.get() : nullptr;
+}
 
 void StandaloneHost::unlockHandle(HostHandle) {}
 
@@ -209,10 +217,16 @@ void StandaloneHost::disposeHandle(HostHandle handle) {
   --liveHandles_;
 }
 
-void StandaloneHost::setErrorText(const char* text) { sink_.message(text); }
+void StandaloneHost::setErrorText(const char* text) {
+  sink_.message(text);
+}
 
-int32_t StandaloneHost::timeScale() { return scene_.composition.timeScale(); }
-int32_t StandaloneHost::timeStep() { return scene_.composition.timeStep(); }
+int32_t StandaloneHost::timeScale() {
+  return scene_.composition.timeScale();
+}
+int32_t StandaloneHost::timeStep() {
+  return scene_.composition.timeStep();
+}
 
 int32_t StandaloneHost::totalTime() {
   return int32_t(scene_.composition.duration * scene_.composition.timeScale());
@@ -279,7 +293,9 @@ void StandaloneHost::compSize(int32_t* w, int32_t* h) {
   *h = scene_.composition.height;
 }
 
-void StandaloneHost::showInfoLine(const char* text) { sink_.info(text); }
+void StandaloneHost::showInfoLine(const char* text) {
+  sink_.info(text);
+}
 
 HostError StandaloneHost::iterateRows(int32_t rowCount, const RowFunction& work) {
   std::mutex failureLock;

@@ -5,13 +5,17 @@
 #include <atomic>
 #include <cstdint>
 #include <memory>
+#include <mutex>
+#include <optional>
 #include <string>
 #include <vector>
 
+#include "LayerFrames.h"
 #include "ParamStore.h"
 #include "PluginHost_API.h"
 #include "Scene.h"
 #include "StandaloneImage.h"
+#include "StandaloneLights.h"
 
 namespace lattica::standalone {
 
@@ -44,9 +48,17 @@ class StandaloneHost : public PluginHost_API {
   // Output size of a render: the source layer scaled by 1/downsample, at least 1.
   int32_t outputWidth() const;
   int32_t outputHeight() const;
-  // Full-resolution size of the layer the effect is applied to.
-  int32_t sourceWidth() const;
-  int32_t sourceHeight() const;
+  // Full-resolution size of the layer the effect is applied to (a sequence: its first file).
+  int32_t sourceWidth() const { return sourceSize_[0]; }
+  int32_t sourceHeight() const { return sourceSize_[1]; }
+  // The layer the effect is applied to at a host time, in the frame's pixel kind at the output's
+  // scale: null when the layer shows nothing then; transparent when the scene names no source.
+  // Throws SceneError when its file cannot be read.
+  std::shared_ptr<Image> sourceFrameAt(int32_t time);
+  // The first media problem met during host calls (a layer check-out cannot throw), once; the
+  // renderer turns it into a SceneError after the frame.
+  std::optional<std::string> takeMediaError();
+  LayerFrames& layerFrames() { return *frames_; }
   // The effect's output and input images of the frame being rendered.
   void setFrameImages(Image* output, Image* input) {
     output_ = output;
@@ -112,9 +124,35 @@ class StandaloneHost : public PluginHost_API {
   // The scene's camera at the time; a camera the scene cannot give is error 1.
   HostError frameCamera(const TimeTriple& t, CameraRecord* out, bool* found) override;
 
+  // Layers of the scene: index 0 is the source layer, any other index a layer parameter whose
+  // choice is read at the time. A layer that shows nothing at the time gives null.
+  PluginRaster_API* checkOutLayerAt(int32_t index, int32_t id, const TimeTriple& t) override;
+  void checkInLayer(PluginRaster_API* raster) override;
+  PluginRaster_API* layerFrameAverage(int32_t time) override;
+  int32_t lightCount(const TimeTriple& t, int32_t kind) override;
+  HostError lightAt(const TimeTriple& t, int32_t kind, int32_t n, HostLight* out) override;
+  // 16-bit signed stereo at 44100 Hz only; silence where the layer has no sound.
+  HostError checkOutLayerAudio(int32_t paramIndex, const AudioRequest& request,
+                               HostAudio* out) override;
+  void checkInLayerAudio(HostAudio* audio) override;
+  // Footage items are layer number + 1.
+  HostError layerFootage(int32_t paramIndex, const TimeTriple& t, FootageItem* item) override;
+  HostError footageFileCount(FootageItem item, int32_t* count) override;
+  HostError footageFilePath(FootageItem item, int32_t index, std::string* pathUtf8) override;
+  bool layerIsText(int32_t paramIndex) override;
+  bool layerSourceSize(int32_t paramIndex, int32_t* w, int32_t* h) override;
+  // A sound layer without a duration lasts as long as its file.
+  bool layerDurationSeconds(int32_t paramIndex, double* seconds) override;
+
  private:
   static Image& imageOf(PluginRaster_API* raster);
-  double seconds(const TimeTriple& t) const { return double(t.time) / double(t.scale); }
+  double seconds(const TimeTriple& t) const;
+  std::shared_ptr<Image> sourceFrame(double seconds);
+  // The scene layer a layer parameter names at a time (index 0: the source layer), or -1.
+  int32_t layerOfParam(int32_t index, double seconds) const;
+  // The obj layer behind a footage item, or null.
+  const LayerSpec* objLayer(FootageItem item) const;
+  void noteMediaError(const std::string& message);
 
   const SceneSpec& scene_;
   HostSettings settings_;
@@ -129,6 +167,11 @@ class StandaloneHost : public PluginHost_API {
   const std::atomic<bool>* abortFlag_ = nullptr;
   std::atomic<int64_t> allocationsLeft_{-1};
   std::atomic<int64_t> liveHandles_{0};
+  std::unique_ptr<LayerFrames> frames_;
+  std::vector<SceneLight> lights_;
+  int32_t sourceSize_[2] = {0, 0};
+  std::mutex mediaErrorLock_;
+  std::optional<std::string> mediaError_;
 };
 
 }  // namespace lattica::standalone

@@ -37,18 +37,24 @@ Image::Image(int32_t width, int32_t height, uint32_t format)
 
 int32_t Image::depthClass() const {
   switch (format_) {
-    case pixel_format::kArgb16: return depth_class::k16Bit;
+    case pixel_format::kArgb16:
+      return depth_class::k16Bit;
     case pixel_format::kArgbFloat:
-    case pixel_format::kBgraFloat: return depth_class::kFloat;
-    default: return depth_class::k8Bit;
+    case pixel_format::kBgraFloat:
+      return depth_class::kFloat;
+    default:
+      return depth_class::k8Bit;
   }
 }
 
 int32_t Image::pixelBytes() const {
   switch (depthClass()) {
-    case depth_class::k16Bit: return 8;
-    case depth_class::kFloat: return 16;
-    default: return 4;
+    case depth_class::k16Bit:
+      return 8;
+    case depth_class::kFloat:
+      return 16;
+    default:
+      return 4;
   }
 }
 
@@ -65,7 +71,9 @@ RasterInfo Image::info(float pixelAspect, float depthScale) const {
   return info;
 }
 
-void Image::clear() { std::memset(pixels_.get(), 0, size_t(rowBytes_) * size_t(height_)); }
+void Image::clear() {
+  std::memset(pixels_.get(), 0, size_t(rowBytes_) * size_t(height_));
+}
 
 void Image::clear(const HostRect& rect) {
   if (rect.left > rect.right) return;
@@ -81,9 +89,12 @@ void Image::clear(const HostRect& rect) {
 
 uint32_t formatForDepthClass(int32_t depthClass, bool bgra) {
   switch (depthClass) {
-    case depth_class::k8Bit: return bgra ? pixel_format::kBgra8 : pixel_format::kArgb8;
-    case depth_class::k16Bit: return pixel_format::kArgb16;
-    default: return bgra ? pixel_format::kBgraFloat : pixel_format::kArgbFloat;
+    case depth_class::k8Bit:
+      return bgra ? pixel_format::kBgra8 : pixel_format::kArgb8;
+    case depth_class::k16Bit:
+      return pixel_format::kArgb16;
+    default:
+      return bgra ? pixel_format::kBgraFloat : pixel_format::kArgbFloat;
   }
 }
 
@@ -97,9 +108,15 @@ void blendImages(const Image& source, Image& target, Fixed ratio) {
     throw std::invalid_argument("blend of images of different formats or sizes");
   }
   switch (target.depthClass()) {
-    case depth_class::k8Bit: blendRows<uint8_t>(source, target, ratio); break;
-    case depth_class::k16Bit: blendRows<uint16_t>(source, target, ratio); break;
-    default: blendRows<float>(source, target, ratio); break;
+    case depth_class::k8Bit:
+      blendRows<uint8_t>(source, target, ratio);
+      break;
+    case depth_class::k16Bit:
+      blendRows<uint16_t>(source, target, ratio);
+      break;
+    default:
+      blendRows<float>(source, target, ratio);
+      break;
   }
 }
 

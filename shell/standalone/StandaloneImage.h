@@ -2,6 +2,7 @@
 // In-memory images of the standalone host, in the five pixel layouts, and the raster wrapper
 // the effect sees them through.
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 
@@ -22,6 +23,7 @@ class Image {
   int32_t depthClass() const;
   int32_t pixelBytes() const;
   int32_t rowBytes() const { return rowBytes_; }
+  size_t bytes() const { return size_t(rowBytes_) * size_t(height_); }
   uint8_t* pixels() { return pixels_.get(); }
   const uint8_t* pixels() const { return pixels_.get(); }
   uint8_t* row(int32_t y) { return pixels_.get() + int64_t(y) * rowBytes_; }
@@ -51,11 +53,15 @@ void blendImages(const Image& source, Image& target, Fixed ratio);
 // Copies a rectangle between images of the same format.
 void copyImageRect(const Image& source, Image& target, const HostRect& from, const HostRect& to);
 
-// The wrapper handed to the effect; owns its image only when made by newWorld.
+// The wrapper handed to the effect; owns its image only when made by newWorld, and shares it
+// when it is a layer frame the host checked out.
 class StandaloneRaster : public PluginRaster_API {
  public:
   StandaloneRaster(Image* image, std::unique_ptr<Image> owned = nullptr)
       : image_(owned ? owned.get() : image), owned_(std::move(owned)) {}
+  // A checked-out layer frame, with the pixel aspect of its layer.
+  StandaloneRaster(std::shared_ptr<Image> shared, float layerPixelAspect)
+      : image_(shared.get()), shared_(std::move(shared)), layerPixelAspect_(layerPixelAspect) {}
 
   int32_t width() const override { return image_->width(); }
   int32_t height() const override { return image_->height(); }
@@ -69,10 +75,14 @@ class StandaloneRaster : public PluginRaster_API {
   void* hostRecord() override { return image_; }
 
   Image& image() const { return *image_; }
+  // The layer's pixel aspect for a checked-out layer frame; 0 for every other raster.
+  float layerPixelAspect() const { return layerPixelAspect_; }
 
  private:
   Image* image_;
   std::unique_ptr<Image> owned_;
+  std::shared_ptr<Image> shared_;
+  float layerPixelAspect_ = 0.0f;
   PluginHost_API* host_ = nullptr;
 };
 

@@ -1,74 +1,53 @@
 #include "StandaloneRender.h"
 
-#include <algorithm>
 #include <vector>
 
 #include "EffectCommands.h"
 #include "FrameEntry.h"
 
 namespace lattica::standalone {
-namespace {
-
-// Solid channels (straight, 0..1) in the frame's pixel kind: integer kinds trunc(c * white + 0.5)
-// clamped to the range, float kinds as they are.
-template <typename Channel>
-void fillSolid(Image& image, const std::array<double, 4>& rgba, double white, bool bgra) {
-  Channel value[4];
-  const int alpha = bgra ? 3 : 0;
-  const int red = bgra ? 2 : 1;
-  const int green = bgra ? 1 : 2;
-  const int blue = bgra ? 0 : 3;
-  auto convert = [&](double c) -> Channel {
-    if constexpr (std::is_floating_point_v<Channel>) {
-      return Channel(c);
-    } else {
-      const double clamped = std::min(std::max(c, 0.0), 1.0);
-      return Channel(int32_t(clamped * white + 0.5));
-    }
-  };
-  value[alpha] = convert(rgba[3]);
-  value[red] = convert(rgba[0]);
-  value[green] = convert(rgba[1]);
-  value[blue] = convert(rgba[2]);
-  for (int32_t y = 0; y < image.height(); ++y) {
-    Channel* px = reinterpret_cast<Channel*>(image.row(y));
-    for (int32_t x = 0; x < image.width(); ++x, px += 4) std::copy(value, value + 4, px);
-  }
-}
-
-}  // namespace
 
 StandaloneRenderer::StandaloneRenderer(const SceneSpec& scene, HostSettings settings,
                                        MessageSink& sink)
     : scene_(scene), host_(scene, settings, sink) {}
 
 HostError StandaloneRenderer::setUp() {
+  throwMediaError();
   if (const HostError err = globalSetup(host_)) return err;
   if (const HostError err = paramsSetup(host_)) return err;
   host_.params().bindScene(scene_, host_.sourceWidth(), host_.sourceHeight());
   return host_error::kNone;
 }
 
-std::unique_ptr<Image> StandaloneRenderer::makeInputImage() const {
-  const HostSettings& s = host_.settings();
-  auto image = std::make_unique<Image>(host_.outputWidth(), host_.outputHeight(),
-                                       formatForDepthClass(s.depthClass, s.bgra));
-  if (scene_.source) {
-    const LayerSpec& layer = scene_.layers[size_t(scene_.layerIndex(*scene_.source))];
-    if (layer.kind == LayerKind::kSolid) {
-      switch (s.depthClass) {
-        case depth_class::k8Bit: fillSolid<uint8_t>(*image, layer.solid, 255.0, s.bgra); break;
-        case depth_class::k16Bit: fillSolid<uint16_t>(*image, layer.solid, 32768.0, false); break;
-        default: fillSolid<float>(*image, layer.solid, 1.0, s.bgra); break;
-      }
-    }
+void StandaloneRenderer::throwMediaError() {
+  if (std::optional<std::string> error = host_.takeMediaError()) throw SceneError(*error);
+}
+
+// The source layer at the frame's time: null when it shows nothing then; placed at the origin of
+// a transparent image of the output's size when its size differs (a sequence of mixed sizes).
+std::shared_ptr<Image> StandaloneRenderer::inputImage(int32_t time) {
+  std::shared_ptr<Image> input = host_.sourceFrameAt(time);
+  if (!input ||
+      (input->width() == host_.outputWidth() && input->height() == host_.outputHeight())) {
+    return input;
   }
-  return image;
+  auto padded = std::make_shared<Image>(host_.outputWidth(), host_.outputHeight(), input->format());
+  const HostRect all{0, 0, input->width(), input->height()};
+  copyImageRect(*input, *padded, all, all);
+  return padded;
 }
 
 FrameResult StandaloneRenderer::renderFrame(int64_t frame) {
   const int32_t time = int32_t(frame * host_.timeStep());
   host_.setCurrentTime(time);
+
+  FrameResult result;
+  const std::shared_ptr<Image> input = inputImage(time);
+  result.image = std::make_unique<Image>(
+      host_.outputWidth(), host_.outputHeight(),
+      formatForDepthClass(host_.settings().depthClass, host_.settings().bgra));
+  // An empty source layer leaves the output cleared, and the effect is not called.
+  if (!input) return result;
 
   // The frame's parameter array: every row checked out at the frame's time, but for the input
   // layer and the two layers that are read in their own ways.
@@ -82,15 +61,12 @@ FrameResult StandaloneRenderer::renderFrame(int64_t frame) {
     host_.checkOutParamAt(i, now, &values[size_t(i)]);
   }
 
-  FrameResult result;
-  std::unique_ptr<Image> input = makeInputImage();
-  result.image = std::make_unique<Image>(host_.outputWidth(), host_.outputHeight(),
-                                         input->format());
   host_.setParamArray(array.data());
   host_.setFrameImages(result.image.get(), input.get());
   result.status = renderDispatch(host_);
   host_.setFrameImages(nullptr, nullptr);
   host_.setParamArray(nullptr);
+  throwMediaError();
   return result;
 }
 

@@ -22,16 +22,19 @@ class StandaloneRenderer {
 
   // Global and parameter set-up, then the scene's values are bound to the registered rows.
   // Returns the host error of the set-up (517 on a host the effect refuses); throws SceneError
-  // when the scene's values do not fit the table.
+  // when the scene's values do not fit the table or the source layer's size cannot be read.
   HostError setUp();
 
-  // Renders frame n of the composition (time n * step).
+  // Renders frame n of the composition (time n * step). A source layer that shows nothing at
+  // that time gives a transparent frame without calling the effect. Throws SceneError naming
+  // the file when a layer file the frame needs cannot be read.
   FrameResult renderFrame(int64_t frame);
 
   StandaloneHost& host() { return host_; }
 
  private:
-  std::unique_ptr<Image> makeInputImage() const;
+  std::shared_ptr<Image> inputImage(int32_t time);
+  void throwMediaError();
 
   const SceneSpec& scene_;
   StandaloneHost host_;
