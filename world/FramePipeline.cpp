@@ -4,6 +4,7 @@
 #include "BaseLattice.h"
 #include "Camera.h"
 #include "Composite.h"
+#include "CompositeOverLayer.h"
 #include "FieldChain.h"
 #include "FieldVisualisation.h"
 #include "FlowIntegration.h"
@@ -28,6 +29,7 @@
 #include "SplatStore.h"
 #include "TextureLayer.h"
 #include "TextureTime.h"
+#include "TransferModes.h"
 
 namespace lattica {
 namespace {
@@ -447,7 +449,8 @@ class TimeSample : private LatticeVisitor {
 
 // Final step of a frame: the particle image meets the source layer.
 template <typename Kind>
-int32_t composeOutput(PluginHost_API& host, const FrameParameters& params) {
+int32_t composeOutput(PluginHost_API& host, const FrameParameters& params,
+                      PluginRaster_API* output) {
   const uint32_t blendMode = params.renderTransferMode + 1;
   const double opacityFactor = params.renderOpacity * 0.01;
   if (blendMode == 1) {
@@ -458,8 +461,12 @@ int32_t composeOutput(PluginHost_API& host, const FrameParameters& params) {
     }
     return engine_status::kGood;
   }
-  // Transfer modes over the source layer are composed by the compositing stage.
-  return engine_status::kGood;
+  // Any other choice blends the particles over the source layer at the frame's time; without a
+  // source layer there is nothing to blend and no error.
+  ScopedLayer source(host, host.checkOutLayer(0, 0));
+  if (!source) return engine_status::kGood;
+  return compositeOverLayer(host, transferCodeForMenu(int32_t(blendMode)), opacityFactor, 1.0,
+                            output, source.get(), output, false);
 }
 
 }  // namespace
@@ -552,7 +559,7 @@ int32_t renderFrameWithBlur(PluginHost_API& host) {
     }
   }
   if (status != engine_status::kGood) return status;
-  return composeOutput<Kind>(host, params);
+  return composeOutput<Kind>(host, params, output.get());
 }
 
 #define LATTICA_INSTANTIATE_PIPELINE(Kind)                                             \
