@@ -172,9 +172,7 @@ class PluginHost_API {
   }
   // Non-zero: the user stopped the render; the value is the host's code.
   virtual HostError isAborted() = 0;
-  virtual PluginRaster_API* checkOutLayerAt(int32_t, int32_t, const TimeTriple&) {
-    return nullptr;
-  }
+  virtual PluginRaster_API* checkOutLayerAt(int32_t, int32_t, const TimeTriple&) { return nullptr; }
   virtual PluginRaster_API* checkOutLayer(int32_t index, int32_t id) {
     return checkOutLayerAt(index, id, TimeTriple{currentTime(), timeStep(), timeScale()});
   }

@@ -12,7 +12,11 @@
 #include "GlobalRecord.h"
 #include "LayerMapApply.h"
 #include "LayerMaps.h"
+#include "Model3DLock.h"
 #include "MotionBlur.h"
+#include "ObjBounds.h"
+#include "ObjLattice.h"
+#include "ObjModelLoader.h"
 #include "ParamIndex.h"
 #include "ParamTable.h"
 #include "ParticleCount.h"
@@ -228,8 +232,9 @@ class TimeSample : private LatticeVisitor {
     working_.spriteAspect = float(texture_.heightRatio());
     texturedKind_ = working_.particleType >= particle_kind::kSprite;
 
-    const bool gridless = lattice_.shape == LatticeShape::kSphere;
-    quickMaps_ = quickMapSettingsOf(params_, false);
+    objLattice_ = lattice_.shape == LatticeShape::kObjModel;
+    const bool gridless = lattice_.shape == LatticeShape::kSphere || objLattice_;
+    quickMaps_ = quickMapSettingsOf(params_, objLattice_);
     quickCurves_ = quickMapCurvesOf(record());
     if (const HostError err = readLayerMapSettings(host_, time_, params_, layerMaps_)) return err;
     checkOutMaps(host_, time_, layerMaps_, gridless);
@@ -247,8 +252,28 @@ class TimeSample : private LatticeVisitor {
   }
 
   // Walks the chosen base lattice; each particle runs the tail and the field chain.
+  // The model lock is held over the whole generation, whatever the lattice.
   int32_t generate() {
-    const LatticeRunResult result = runBaseLattice(lattice_, *this);
+    Model3D_CSLock modelLock;
+    LatticeRunResult result;
+    if (lattice_.shape == LatticeShape::kObjModel) {
+      const ObjSampleModel obj = loadObjModelForSample(host_, time_, params_);
+      if (!obj.model) return obj.status;
+      const size_t bytes = objMarkerBytes(*obj.model);
+      ScopedHostArray<uint8_t> markers(host_, int64_t(bytes));
+      SequenceRecord fallback = defaultSequenceRecord();
+      void* data = host_.sequenceData();
+      SequenceRecord& sequence = data ? *static_cast<SequenceRecord*>(data) : fallback;
+      ObjLatticeInput input;
+      input.settings = makeObjLatticeSettings(params_, scalars_, host_.width(), host_.height());
+      input.model = obj.model;
+      input.latched = latchObjBounds(objBoundsLatchOf(sequence), *obj.model);
+      input.markers = markers.data();
+      input.markerBytes = markers ? bytes : 0;
+      result = runObjLattice(lattice_, input, *this);
+    } else {
+      result = runBaseLattice(lattice_, *this);
+    }
     totalCount_ = int32_t(result.total);
     return result.status;
   }
@@ -266,6 +291,11 @@ class TimeSample : private LatticeVisitor {
     working_.colorG = lattice.colorG;
     working_.colorB = lattice.colorB;
     working_.textureTime = lattice.textureTime;
+    if (objLattice_) {
+      const auto& vertex = static_cast<const ObjLatticeParticle&>(lattice);
+      working_.vertexNormal = vertex.vertexNormal;
+      working_.normalZSign = vertex.normalZSign;
+    }
     fractal_.fractalStrength = 1.0;
     FieldBlock fields = master_;
     startParticle(modulation_, modulationStart_);
@@ -288,8 +318,8 @@ class TimeSample : private LatticeVisitor {
       return false;
     }
     if (texturedKind_) {
-      working_.textureTime = pickTextureTime(timing_, lattice.textureSeed, time_,
-                                             host_.timeScale(), host_.timeStep());
+      working_.textureTime =
+          pickTextureTime(timing_, lattice.textureSeed, time_, host_.timeScale(), host_.timeStep());
     }
     applyModulation(fields);
     ParticleBase base = lattice.particleBase(modulation_.displace[0], modulation_.displace[1],
@@ -319,8 +349,8 @@ class TimeSample : private LatticeVisitor {
     }
     if (modulation_.changesWorld()) {
       const double center[3] = {lattice_.centerX, lattice_.centerY, lattice_.centerZ};
-      const WorldTransform world = worldTransformOf(params_, center, modulation_.worldScaleAdd,
-                                                    modulation_.worldOffsetAdd);
+      const WorldTransform world =
+          worldTransformOf(params_, center, modulation_.worldScaleAdd, modulation_.worldOffsetAdd);
       fields.world = world.world;
       fields.worldScale = world.scale;
     }
@@ -400,8 +430,8 @@ class TimeSample : private LatticeVisitor {
     draw.textureAspect = texture_.pixelAspect;
     draw.heightRatio = texture_.heightRatio();
     draw.shading = shading_.mode != 0 ? &shading_ : nullptr;
-    draw.camera = QuadCamera{view_.focalDistance, view_.inversePixelAspect, view_.downsampleX,
-                             view_.downsampleY,   view_.outputWidth,        view_.outputHeight,
+    draw.camera = QuadCamera{view_.focalDistance,    view_.inversePixelAspect, view_.downsampleX,
+                             view_.downsampleY,      view_.outputWidth,        view_.outputHeight,
                              view_.orthographic != 0};
     return renderSplats<Kind>(host_, targetInfo_, table, order.data(), count, draw);
   }
@@ -434,6 +464,7 @@ class TimeSample : private LatticeVisitor {
   ShadowletSetup shadowletSetup_{};
   ExpansionSetup expansion_{};
   bool texturedKind_ = false;
+  bool objLattice_ = false;
   RasterInfo targetInfo_;
   LatticeSetup lattice_;
   FieldBlock master_{};

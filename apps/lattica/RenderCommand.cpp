@@ -12,6 +12,7 @@
 #include "FfmpegOutput.h"
 #include "FrameOutput.h"
 #include "Progress.h"
+#include "SequenceDataFile.h"
 #include "StandaloneRender.h"
 #include "StopSignals.h"
 
@@ -166,6 +167,11 @@ int runRender(const RenderOptions& options) {
   }
   if (std::string error = output->finish(); !error.empty()) {
     return fail(kExitOutput, error, &progress);
+  }
+  if (!options.saveRecord.empty()) {
+    const WriteResult saved =
+        standalone::writeSequenceRecordFile(renderer.host().sequenceRecord(), options.saveRecord);
+    if (!saved.ok) return fail(kExitOutput, saved.message, &progress);
   }
   progress.finish();
   return kExitOk;

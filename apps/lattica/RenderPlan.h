@@ -21,6 +21,7 @@ struct RenderOptions {
   std::string host = "FXTC";
   bool info = false;
   bool quiet = false;
+  std::string saveRecord;  // empty: the saved record is not written
 };
 
 struct RenderPlan {

@@ -28,6 +28,8 @@ int main(int argc, char** argv) {
   renderCommand->add_flag("--info", render.info,
                           "Print the effect's information line of every time sample");
   renderCommand->add_flag("--quiet", render.quiet, "No progress display");
+  renderCommand->add_option("--save-record", render.saveRecord,
+                            "After the render, write the effect's saved record (7200 bytes) here");
 
   bool json = false;
   std::string paramsHost = "FXTC";

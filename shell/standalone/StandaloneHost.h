@@ -10,10 +10,12 @@
 #include <string>
 #include <vector>
 
+#include "GlobalRecord.h"
 #include "LayerFrames.h"
 #include "ParamStore.h"
 #include "PluginHost_API.h"
 #include "Scene.h"
+#include "SequenceRecord.h"
 #include "StandaloneImage.h"
 #include "StandaloneLights.h"
 
@@ -143,6 +145,12 @@ class StandaloneHost : public PluginHost_API {
   bool layerSourceSize(int32_t paramIndex, int32_t* w, int32_t* h) override;
   // A sound layer without a duration lasts as long as its file.
   bool layerDurationSeconds(int32_t paramIndex, double* seconds) override;
+  void* sequenceData() override { return &sequence_; }
+  void* globalData() override { return global_.get(); }
+
+  // The instance's saved record and the module's record, kept for the run.
+  SequenceRecord& sequenceRecord() { return sequence_; }
+  GlobalRecord& globalRecord() { return *global_; }
 
  private:
   static Image& imageOf(PluginRaster_API* raster);
@@ -172,6 +180,8 @@ class StandaloneHost : public PluginHost_API {
   int32_t sourceSize_[2] = {0, 0};
   std::mutex mediaErrorLock_;
   std::optional<std::string> mediaError_;
+  SequenceRecord sequence_{};
+  std::unique_ptr<GlobalRecord> global_ = std::make_unique<GlobalRecord>();
 };
 
 }  // namespace lattica::standalone

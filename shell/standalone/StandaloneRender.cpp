@@ -4,6 +4,8 @@
 
 #include "EffectCommands.h"
 #include "FrameEntry.h"
+#include "ParamIndex.h"
+#include "SequenceDataFile.h"
 
 namespace lattica::standalone {
 
@@ -14,7 +16,13 @@ StandaloneRenderer::StandaloneRenderer(const SceneSpec& scene, HostSettings sett
 HostError StandaloneRenderer::setUp() {
   throwMediaError();
   if (const HostError err = globalSetup(host_)) return err;
+  setupGlobalRecord(host_.globalRecord());
   if (const HostError err = paramsSetup(host_)) return err;
+  const StoredRecordReading reading = scene_.sequenceData
+                                          ? readSequenceData(*scene_.sequenceData, scene_.folder)
+                                          : readStoredSequenceRecord(std::nullopt);
+  host_.sequenceRecord() = reading.record;
+  if (reading.showWrongSizeMessage) host_.setErrorText(kWrongSizeMessage);
   host_.params().bindScene(scene_, host_.sourceWidth(), host_.sourceHeight());
   return host_error::kNone;
 }
@@ -63,6 +71,7 @@ FrameResult StandaloneRenderer::renderFrame(int64_t frame) {
 
   host_.setParamArray(array.data());
   host_.setFrameImages(result.image.get(), input.get());
+  warnAboutTextureLayer(host_, param_index::kTextureLayer, textureWarnings_);
   result.status = renderDispatch(host_);
   host_.setFrameImages(nullptr, nullptr);
   host_.setParamArray(nullptr);

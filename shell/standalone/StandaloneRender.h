@@ -8,6 +8,7 @@
 #include "Scene.h"
 #include "StandaloneHost.h"
 #include "StandaloneImage.h"
+#include "TextureLayerWarnings.h"
 
 namespace lattica::standalone {
 
@@ -20,7 +21,8 @@ class StandaloneRenderer {
  public:
   StandaloneRenderer(const SceneSpec& scene, HostSettings settings, MessageSink& sink);
 
-  // Global and parameter set-up, then the scene's values are bound to the registered rows.
+  // Global and parameter set-up, the saved record from the scene's sequence data (or defaults),
+  // then the scene's values are bound to the registered rows.
   // Returns the host error of the set-up (517 on a host the effect refuses); throws SceneError
   // when the scene's values do not fit the table or the source layer's size cannot be read.
   HostError setUp();
@@ -38,6 +40,8 @@ class StandaloneRenderer {
 
   const SceneSpec& scene_;
   StandaloneHost host_;
+  // The texture-layer warnings are shown at most once per run.
+  TextureWarningLatch textureWarnings_;
 };
 
 }  // namespace lattica::standalone
