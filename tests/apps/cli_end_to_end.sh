@@ -57,6 +57,17 @@ check "no temporary files left" test "$(find "$WORK" -name '*.tmp*' | wc -l)" -e
 check "full scene renders" test $? -eq 0
 check "three samples" test "$(grep -c "Total: " "$WORK/full.txt")" -eq 3
 
+# The saved record: written after the render, and read back as the scene's sequence data.
+"$LATTICA" render "$SCENES/no_particles.json" -o "$WORK/rec/####.png" -f 0 --quiet --save-record "$WORK/rec/state.bin"
+check "record written" test "$(stat -c %s "$WORK/rec/state.bin" 2>/dev/null)" = 7200
+printf '{"composition": {"width": 8, "height": 8, "duration": 0.1}, "effect": {"sequenceData": {"file": "state.bin"}}}' >"$WORK/rec/again.json"
+"$LATTICA" render "$WORK/rec/again.json" -o "$WORK/rec/again_####.png" --quiet --save-record "$WORK/rec/again.bin"
+check "record read back unchanged" cmp -s "$WORK/rec/state.bin" "$WORK/rec/again.bin"
+head -c 7199 "$WORK/rec/state.bin" >"$WORK/rec/short.bin"
+printf '{"composition": {"width": 8, "height": 8, "duration": 0.1}, "effect": {"sequenceData": {"file": "short.bin"}}}' >"$WORK/rec/short.json"
+expect_exit "a record of the wrong size starts from defaults" 0 "sequence data with wrong size" \
+  "$LATTICA" render "$WORK/rec/short.json" -o "$WORK/rec/short_####.png" --quiet
+
 # Bad input: exit 2 with a message naming the key or value at fault.
 expect_exit "unknown key" 2 "composition.framerate" "$LATTICA" render "$SCENES/unknown_key.json" -o "$WORK/x.png"
 expect_exit "unknown parameter" 2 "Particle/Sise" "$LATTICA" render "$SCENES/unknown_param.json" -f 0 -o "$WORK/x.png"
