@@ -8,19 +8,6 @@ namespace {
 
 using disc_constants::kInv255;
 
-// Integer kinds add 0.5, truncate and are limited above to white (Add and the Normal-to-Add
-// mix); float kinds keep the value.
-template <typename Kind>
-inline typename Kind::Channel toChannelLimited(double value) {
-  if constexpr (Kind::kIsFloat) {
-    return typename Kind::Channel(value);
-  } else {
-    int32_t v = int32_t(value + 0.5);
-    if (v > int32_t(Kind::kWhite)) v = int32_t(Kind::kWhite);
-    return typename Kind::Channel(v);
-  }
-}
-
 // Blends one pixel of weight w (the smoothstep coverage) with transfer mode Mode.
 template <typename Kind, int Mode>
 inline void blendDiscPixel(typename Kind::Channel* px, double w, const DiscSpan& s) {

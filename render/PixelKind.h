@@ -19,7 +19,7 @@ struct PixelKindTraits {
   static constexpr int kBlue = B;
   static constexpr bool kIsFloat = std::is_floating_point_v<ChannelT>;
   static constexpr int32_t kPixelBytes = int32_t(4 * sizeof(ChannelT));
-  static constexpr int32_t kDepthClass = kIsFloat                  ? depth_class::kFloat
+  static constexpr int32_t kDepthClass = kIsFloat                ? depth_class::kFloat
                                          : sizeof(ChannelT) == 2 ? depth_class::k16Bit
                                                                  : depth_class::k8Bit;
   static constexpr double kWhite = kIsFloat ? 1.0 : (sizeof(ChannelT) == 2 ? 32768.0 : 255.0);
@@ -44,6 +44,19 @@ inline typename Kind::Channel toChannel(double value) {
   }
 }
 
+// The same, limited above to white on integer kinds (Add and the Normal-to-Add mix); float kinds
+// keep the value.
+template <typename Kind>
+inline typename Kind::Channel toChannelLimited(double value) {
+  if constexpr (Kind::kIsFloat) {
+    return typename Kind::Channel(value);
+  } else {
+    int32_t v = int32_t(value + 0.5);
+    if (v > int32_t(Kind::kWhite)) v = int32_t(Kind::kWhite);
+    return typename Kind::Channel(v);
+  }
+}
+
 // Channel product of the kind: 8-bit (a*b + 128) >> 8, 16-bit (a*b + 0x4000) >> 15, float a*b.
 template <typename Kind>
 inline auto channelMul(auto a, auto b) {
@@ -61,12 +74,23 @@ inline auto channelMul(auto a, auto b) {
 template <typename Fn>
 inline bool dispatchPixelKind(uint32_t format, Fn&& fn) {
   switch (format) {
-    case pixel_format::kArgb8: fn(PixelArgb8{}); return true;
-    case pixel_format::kBgra8: fn(PixelBgra8{}); return true;
-    case pixel_format::kArgb16: fn(PixelArgb16{}); return true;
-    case pixel_format::kArgbFloat: fn(PixelArgbFloat{}); return true;
-    case pixel_format::kBgraFloat: fn(PixelBgraFloat{}); return true;
-    default: return false;
+    case pixel_format::kArgb8:
+      fn(PixelArgb8{});
+      return true;
+    case pixel_format::kBgra8:
+      fn(PixelBgra8{});
+      return true;
+    case pixel_format::kArgb16:
+      fn(PixelArgb16{});
+      return true;
+    case pixel_format::kArgbFloat:
+      fn(PixelArgbFloat{});
+      return true;
+    case pixel_format::kBgraFloat:
+      fn(PixelBgraFloat{});
+      return true;
+    default:
+      return false;
   }
 }
 

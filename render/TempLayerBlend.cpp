@@ -9,18 +9,6 @@ namespace {
 
 using disc_constants::kInv255;
 
-// Integer kinds add 0.5, truncate and are limited above to white; float kinds keep the value.
-template <typename Kind>
-inline typename Kind::Channel toChannelLimited(double value) {
-  if constexpr (Kind::kIsFloat) {
-    return typename Kind::Channel(value);
-  } else {
-    int32_t v = int32_t(value + 0.5);
-    if (v > int32_t(Kind::kWhite)) v = int32_t(Kind::kWhite);
-    return typename Kind::Channel(v);
-  }
-}
-
 // Whether a stored alpha is more than half a step on the integer scale (0..255 for floats).
 template <typename Kind>
 inline bool alphaIsVisible(typename Kind::Channel stored) {

@@ -13,19 +13,12 @@
 #include "Scene.h"
 #include "StandaloneImage.h"
 #include "StandaloneRender.h"
+#include "support/RecordingSink.h"
 
 namespace lattica::standalone {
 namespace {
 
 using nlohmann::json;
-
-class RecordingSink : public MessageSink {
- public:
-  void message(const std::string& text) override { messages.push_back(text); }
-  void info(const std::string& text) override { infos.push_back(text); }
-  std::vector<std::string> messages;
-  std::vector<std::string> infos;
-};
 
 struct Rendered {
   int32_t status = 0;

@@ -7,19 +7,12 @@
 #include "Scene.h"
 #include "StandaloneImage.h"
 #include "StandaloneRender.h"
+#include "support/RecordingSink.h"
 
 namespace lattica::standalone {
 namespace {
 
 using nlohmann::json;
-
-class RecordingSink : public MessageSink {
- public:
-  void message(const std::string& text) override { messages.push_back(text); }
-  void info(const std::string& text) override { infos.push_back(text); }
-  std::vector<std::string> messages;
-  std::vector<std::string> infos;
-};
 
 SceneSpec compScene(int width, int height, json extra = json::object()) {
   json root = {{"composition", {{"width", width}, {"height", height}, {"duration", 1.0}}}};
@@ -38,8 +31,7 @@ bool allZero(const Image& image) {
 }
 
 TEST(StandaloneRenderer, AFrameWithoutParticlesIsTransparentInEveryPixelKind) {
-  const SceneSpec scene =
-      compScene(37, 21, {{"effect", {{"parameters", {{"Particle/Size", 0}}}}}});
+  const SceneSpec scene = compScene(37, 21, {{"effect", {{"parameters", {{"Particle/Size", 0}}}}}});
   const struct {
     int32_t depthClass;
     bool bgra;
@@ -91,9 +83,10 @@ TEST(StandaloneRenderer, TheDefaultLatticeDrawsTheSameBytesTwiceAndOnAnyNumberOf
 }
 
 TEST(StandaloneRenderer, DownsamplingTruncatesTheSourceSize) {
-  const SceneSpec scene = compScene(
-      101, 51, {{"layers", {{"plate", {{"solid", {1, 1, 1, 1}}, {"width", 64}, {"height", 9}}}}},
-                {"source", "plate"}});
+  const SceneSpec scene =
+      compScene(101, 51,
+                {{"layers", {{"plate", {{"solid", {1, 1, 1, 1}}, {"width", 64}, {"height", 9}}}}},
+                 {"source", "plate"}});
   RecordingSink sink;
   HostSettings settings;
   settings.downsample = 3;
@@ -198,11 +191,11 @@ TEST(SceneFile, ProblemsNameTheirKey) {
   EXPECT_EQ(messageFor({{"composition", {{"width", -4}, {"height", 4}}}}),
             "composition.width: expected an integer of at least 1, got -4");
   EXPECT_EQ(messageFor({{"composition", comp}, {"extra", 1}}), "extra: unknown key");
-  EXPECT_EQ(messageFor({{"composition", comp}, {"camera", {{"fov", 1}}}}), "camera.fov: unknown key");
+  EXPECT_EQ(messageFor({{"composition", comp}, {"camera", {{"fov", 1}}}}),
+            "camera.fov: unknown key");
   EXPECT_EQ(messageFor({{"composition", comp}, {"source", "plate"}}),
             "source: no layer named \"plate\"");
-  EXPECT_EQ(messageFor({{"composition", comp},
-                        {"layers", {{"clip", {{"sequence", "f_##.png"}}}}}}),
+  EXPECT_EQ(messageFor({{"composition", comp}, {"layers", {{"clip", {{"sequence", "f_##.png"}}}}}}),
             "layers.clip.count: missing (required for a sequence)");
   EXPECT_EQ(messageFor({{"composition", comp}, {"layers", {{"x", {{"solid", {1, 1}}}}}}}),
             "layers.x.solid: expected [r, g, b, a] with values 0..1, got [1,1]");
