@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 namespace lattica {
 
@@ -42,9 +43,9 @@ void appendSplatRecord(PluginHost_API& host, SplatChunkTable& table, const Splat
   if (table.status != splat_status::kGood || !(record.size > 0.0f)) return;
   SplatChunk& chunk = table.slots[table.chunkIndex];
   if (table.itemIndex == 0) {
-    chunk.handle =
-        host.newHandle(int64_t(sizeof(SplatRecord)) * SplatChunkTable::kRecordsPerChunk);
-    chunk.records = chunk.handle ? static_cast<SplatRecord*>(host.lockHandle(chunk.handle)) : nullptr;
+    chunk.handle = host.newHandle(int64_t(sizeof(SplatRecord)) * SplatChunkTable::kRecordsPerChunk);
+    chunk.records =
+        chunk.handle ? static_cast<SplatRecord*>(host.lockHandle(chunk.handle)) : nullptr;
     if (!chunk.records) {
       if (chunk.handle) host.disposeHandle(chunk.handle);
       chunk = SplatChunk{};
@@ -91,8 +92,91 @@ bool drawsBefore(const SortEntry& a, const SortEntry& b) {
   return a.item < b.item;
 }
 
-void sortByDepth(SortEntry* entries, int64_t count) {
-  std::sort(entries, entries + count, drawsBefore);
+uint32_t farFirstKey(float depth) {
+  uint32_t bits;
+  std::memcpy(&bits, &depth, sizeof bits);
+  constexpr uint32_t kSign = 0x80000000u;
+  if (bits == kSign) bits = 0;  // -0 is the same depth as 0
+  // Ascending unsigned order of floats: negatives reversed below positives. Inverted so the
+  // greatest depth gets the smallest key.
+  const uint32_t ascending = (bits & kSign) ? ~bits : (bits | kSign);
+  return ~ascending;
+}
+
+namespace {
+
+constexpr int64_t kRadixMinimumCount = 256;
+constexpr int kDigitBits = 11;
+constexpr int kDigitCount = (32 + kDigitBits - 1) / kDigitBits;  // 11 + 11 + 10 bits
+constexpr uint32_t kBuckets = 1u << kDigitBits;
+
+bool keyThenGeneration(const SortEntry& a, const SortEntry& b) {
+  const uint32_t ka = farFirstKey(a.depth);
+  const uint32_t kb = farFirstKey(b.depth);
+  if (ka != kb) return ka < kb;
+  if (a.chunk != b.chunk) return a.chunk < b.chunk;
+  return a.item < b.item;
+}
+
+bool generationBefore(const SortEntry& a, const SortEntry& b) {
+  return a.chunk < b.chunk || (a.chunk == b.chunk && a.item < b.item);
+}
+
+uint32_t digitOf(uint32_t key, int digit) {
+  return (key >> (digit * kDigitBits)) & (kBuckets - 1);
+}
+
+// Counts every digit of every key in one read; false when the entries are not strictly in
+// generation order, in which case the counts are incomplete.
+bool countDigits(const SortEntry* entries, int64_t count,
+                 int64_t (&counts)[kDigitCount][kBuckets]) {
+  for (int64_t i = 0; i < count; ++i) {
+    if (i > 0 && !generationBefore(entries[i - 1], entries[i])) return false;
+    const uint32_t key = farFirstKey(entries[i].depth);
+    for (int d = 0; d < kDigitCount; ++d) ++counts[d][digitOf(key, d)];
+  }
+  return true;
+}
+
+// Least significant digit first; each pass is stable, so equal keys keep generation order.
+// A digit shared by every entry leaves the order as it is and is skipped.
+void radixSortByKey(SortEntry* entries, SortEntry* scratch, int64_t count,
+                    int64_t (&counts)[kDigitCount][kBuckets]) {
+  SortEntry* from = entries;
+  SortEntry* to = scratch;
+  for (int d = 0; d < kDigitCount; ++d) {
+    int64_t* bucketStart = counts[d];
+    if (bucketStart[digitOf(farFirstKey(from[0].depth), d)] == count) continue;
+    int64_t offset = 0;
+    for (uint32_t b = 0; b < kBuckets; ++b) {
+      const int64_t n = bucketStart[b];
+      bucketStart[b] = offset;
+      offset += n;
+    }
+    for (int64_t i = 0; i < count; ++i) {
+      const SortEntry& e = from[i];
+      to[bucketStart[digitOf(farFirstKey(e.depth), d)]++] = e;
+    }
+    std::swap(from, to);
+  }
+  if (from != entries) std::memcpy(entries, from, size_t(count) * sizeof(SortEntry));
+}
+
+}  // namespace
+
+HostError sortByDepth(PluginHost_API& host, SortEntry* entries, int64_t count) {
+  if (count < 2) return host_error::kNone;
+  if (count >= kRadixMinimumCount) {
+    int64_t counts[kDigitCount][kBuckets] = {};
+    if (countDigits(entries, count, counts)) {
+      ScopedHostArray<SortEntry> scratch(host, count);
+      if (!scratch) return host_error::kOutOfMemory;
+      radixSortByKey(entries, scratch.data(), count, counts);
+      return host_error::kNone;
+    }
+  }
+  std::sort(entries, entries + count, keyThenGeneration);
+  return host_error::kNone;
 }
 
 }  // namespace lattica

@@ -92,7 +92,16 @@ void flattenSplats(const SplatChunkTable& table, SortEntry* entries);
 
 // Far first; equal depths by chunk, then item, ascending.
 bool drawsBefore(const SortEntry& a, const SortEntry& b);
-void sortByDepth(SortEntry* entries, int64_t count);
+
+// Unsigned key of a depth: greater depth, smaller key; -0 and 0 share a key. A NaN depth gets a
+// key by its sign bit: a positive NaN draws before +infinity, a negative NaN after -infinity.
+uint32_t farFirstKey(float depth);
+
+// Puts entries in draw order: by farFirstKey, then chunk, then item. For depths that are not NaN
+// this is exactly the order of drawsBefore. Entries in generation order (as flattenSplats makes
+// them) take a stable radix sort whose scratch array comes from the host; 4 (out of memory) when
+// the host has none. Under 256 entries, or entries in any other order, take a comparison sort.
+HostError sortByDepth(PluginHost_API& host, SortEntry* entries, int64_t count);
 
 // Scoped store of one time sample: the table is freed on every path.
 class ScopedSplatTable {

@@ -415,7 +415,7 @@ class TimeSample : private LatticeVisitor {
     flattenSplats(table, order.data());
     const uint32_t transfer = params_.particleTransferMode + 1;
     if (transfer == splat_transfer::kNormal || transfer == splat_transfer::kLighten) {
-      sortByDepth(order.data(), count);
+      if (const HostError sorted = sortByDepth(host_, order.data(), count)) return sorted;
     }
     SplatDrawSettings draw;
     draw.dof = dof_;

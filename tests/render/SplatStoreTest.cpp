@@ -7,9 +7,13 @@
 
 #include "NullHost.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdlib>
+#include <iterator>
+#include <limits>
 #include <memory>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -81,10 +85,10 @@ void appendMany(MemoryHost& host, SplatChunkTable& table, int64_t n, double dept
 }
 
 // Flattened and depth-sorted draw order of a closed table, as (chunk, item) pairs.
-std::vector<std::pair<int32_t, int32_t>> drawOrder(const SplatChunkTable& table) {
+std::vector<std::pair<int32_t, int32_t>> drawOrder(MemoryHost& host, const SplatChunkTable& table) {
   std::vector<SortEntry> entries(size_t(storedRecordCount(table)));
   flattenSplats(table, entries.data());
-  sortByDepth(entries.data(), int64_t(entries.size()));
+  EXPECT_EQ(sortByDepth(host, entries.data(), int64_t(entries.size())), host_error::kNone);
   std::vector<std::pair<int32_t, int32_t>> order;
   for (const SortEntry& e : entries) order.emplace_back(e.chunk, e.item);
   return order;
@@ -113,7 +117,7 @@ TEST_F(SplatStoreTest, EmptyTableHoldsNothingAndCostsOnlyTheTable) {
   EXPECT_EQ(table.slots[0].count, 0);
   EXPECT_EQ(table.slots[0].handle, nullptr);
   EXPECT_EQ(host.liveHandles(), 1);
-  EXPECT_TRUE(drawOrder(table).empty());
+  EXPECT_TRUE(drawOrder(host, table).empty());
 }
 
 TEST_F(SplatStoreTest, ExactlyOneChunkOfRecordsLeavesTheNextSlotEmptyAndUnallocated) {
@@ -276,7 +280,7 @@ TEST_F(SplatStoreTest, FarRecordsDrawFirst) {
   closeSplatTable(table);
 
   const std::vector<std::pair<int32_t, int32_t>> expected = {{0, 1}, {0, 3}, {0, 2}, {0, 0}};
-  EXPECT_EQ(drawOrder(table), expected);
+  EXPECT_EQ(drawOrder(host, table), expected);
 }
 
 TEST_F(SplatStoreTest, EqualDepthsDrawInGenerationOrderAcrossChunks) {
@@ -285,7 +289,7 @@ TEST_F(SplatStoreTest, EqualDepthsDrawInGenerationOrderAcrossChunks) {
   appendSplatRecord(host, table, recordAt(4.0));  // the last record is the farthest
   closeSplatTable(table);
 
-  const auto order = drawOrder(table);
+  const auto order = drawOrder(host, table);
   ASSERT_EQ(order.size(), size_t(2 * kPerChunk + 31));
   EXPECT_EQ(order.front(), std::make_pair(2, 30));
   for (size_t n = 1; n < order.size(); ++n) {
@@ -308,19 +312,105 @@ TEST_F(SplatStoreTest, DepthsThatNarrowToTheSameFloatTie) {
   EXPECT_EQ(entries[1].depth, 1.0f);
 
   const std::vector<std::pair<int32_t, int32_t>> expected = {{0, 2}, {0, 0}, {0, 1}};
-  EXPECT_EQ(drawOrder(table), expected);
+  EXPECT_EQ(drawOrder(host, table), expected);
 }
 
 TEST(SplatDrawOrder, TiesGoByChunkBeforeItem) {
   std::vector<SortEntry> entries = {{1, 0, 2.0f}, {0, 7, 2.0f}, {0, 3, 2.0f},
                                     {2, 1, 8.0f}, {0, 9, 0.5f}, {1, 2, 2.0f}};
-  sortByDepth(entries.data(), int64_t(entries.size()));
+  MemoryHost host;
+  ASSERT_EQ(sortByDepth(host, entries.data(), int64_t(entries.size())), host_error::kNone);
 
   std::vector<std::pair<int32_t, int32_t>> order;
   for (const SortEntry& e : entries) order.emplace_back(e.chunk, e.item);
   const std::vector<std::pair<int32_t, int32_t>> expected = {{2, 1}, {0, 3}, {0, 7},
                                                              {1, 0}, {1, 2}, {0, 9}};
   EXPECT_EQ(order, expected);
+}
+
+// ---- Depth sort against the comparison it replaces ----
+
+std::vector<std::pair<int32_t, int32_t>> positionsOf(const std::vector<SortEntry>& entries) {
+  std::vector<std::pair<int32_t, int32_t>> positions;
+  for (const SortEntry& e : entries) positions.emplace_back(e.chunk, e.item);
+  return positions;
+}
+
+// `count` entries in generation order, with depths from a small pool so most of them tie, and
+// the pool holds every awkward value a depth can take short of NaN.
+std::vector<SortEntry> generatedEntries(int64_t count, uint32_t seed) {
+  constexpr float kInf = std::numeric_limits<float>::infinity();
+  constexpr float kMax = std::numeric_limits<float>::max();
+  constexpr float kTiny = std::numeric_limits<float>::denorm_min();
+  const float pool[] = {-kInf, -kMax, -1000.0f, -1.5f, -kTiny, -0.0f, 0.0f, kTiny, 0.25f,
+                        1.0f,  1.0f,  7.0f,     7.0f,  7.0f,   1e30f, kMax, kInf};
+  std::mt19937 random(seed);
+  std::uniform_int_distribution<size_t> pick(0, std::size(pool) - 1);
+  std::uniform_real_distribution<float> spread(-500.0f, 500.0f);
+  std::vector<SortEntry> entries(static_cast<size_t>(count));
+  for (int64_t i = 0; i < count; ++i) {
+    const float depth = (i % 5 == 4) ? spread(random) : pool[pick(random)];
+    entries[size_t(i)] = SortEntry{int32_t(i / kPerChunk), int32_t(i % kPerChunk), depth};
+  }
+  return entries;
+}
+
+TEST(SplatDepthSort, MatchesTheComparisonOrderForEverySize) {
+  for (int64_t count : {0, 1, 2, 3, 100, 255, 256, 257, 1024, 4099, 50000}) {
+    for (uint32_t seed : {1u, 2u, 3u}) {
+      std::vector<SortEntry> entries = generatedEntries(count, seed);
+      std::vector<SortEntry> expected = entries;
+      std::stable_sort(expected.begin(), expected.end(), drawsBefore);
+
+      MemoryHost host;
+      ASSERT_EQ(sortByDepth(host, entries.data(), count), host_error::kNone);
+      ASSERT_EQ(positionsOf(entries), positionsOf(expected)) << count << " entries, seed " << seed;
+      EXPECT_EQ(host.liveHandles(), 0) << "the scratch array goes back to the host";
+      EXPECT_EQ(host.lockBalance(), 0);
+    }
+  }
+}
+
+TEST(SplatDepthSort, EntriesOutOfGenerationOrderStillTieByChunkThenItem) {
+  std::vector<SortEntry> entries = generatedEntries(5000, 7);
+  std::shuffle(entries.begin(), entries.end(), std::mt19937(8));
+  std::vector<SortEntry> expected = entries;
+  std::sort(expected.begin(), expected.end(), drawsBefore);
+
+  MemoryHost host;
+  ASSERT_EQ(sortByDepth(host, entries.data(), int64_t(entries.size())), host_error::kNone);
+  EXPECT_EQ(positionsOf(entries), positionsOf(expected));
+}
+
+TEST(SplatDepthSort, RefusedScratchIsOutOfMemory) {
+  std::vector<SortEntry> entries = generatedEntries(2000, 4);
+  MemoryHost host;
+  host.failAllocationsAfter(0);
+  EXPECT_EQ(sortByDepth(host, entries.data(), int64_t(entries.size())), host_error::kOutOfMemory);
+  EXPECT_EQ(host.liveHandles(), 0);
+
+  // A few entries need no scratch.
+  EXPECT_EQ(sortByDepth(host, entries.data(), 10), host_error::kNone);
+}
+
+// NaN has no place in the comparison order; the sort puts a NaN with the sign bit clear before
+// +infinity and one with it set after -infinity, whatever the count.
+TEST(SplatDepthSort, NaNDepthsGoToTheEndsBySign) {
+  constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
+  constexpr float kInf = std::numeric_limits<float>::infinity();
+  for (int64_t count : {8, 1500}) {
+    std::vector<SortEntry> entries = generatedEntries(count, 5);
+    entries[3].depth = -kNaN;
+    entries[5].depth = kNaN;
+    entries[6].depth = -kInf;
+    entries[7].depth = kNaN;
+    MemoryHost host;
+    ASSERT_EQ(sortByDepth(host, entries.data(), count), host_error::kNone);
+    EXPECT_EQ(entries[0].item, 5) << count << " entries";
+    EXPECT_EQ(entries[1].item, 7);
+    EXPECT_EQ(entries[size_t(count - 1)].item, 3);
+    EXPECT_EQ(entries[size_t(count - 2)].depth, -kInf);
+  }
 }
 
 }  // namespace
