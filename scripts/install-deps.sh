@@ -9,6 +9,7 @@ PACKAGES=(
   libopenexr-dev
   libsndfile1-dev libsamplerate0-dev
   nlohmann-json3-dev libcli11-dev libtbb-dev
+  clang libclang-rt-dev  # the fuzz run of `make test`: clang and its libFuzzer runtime
 )
 
 missing=()

@@ -356,7 +356,8 @@ TEST(ParamTableHosts, FinalCutRegistersFloatsAsWrappedFixed) {
 }
 
 TEST(ParamTableHosts, PremiereMotionBlurHasNoCompSettings) {
-  const ParamDef& premiere = row(parameterRowsFor(host_id::kPremiere), 309);
+  const auto premiereRows = parameterRowsFor(host_id::kPremiere);
+  const ParamDef& premiere = row(premiereRows, 309);
   EXPECT_EQ(premiere.id, 222);
   EXPECT_EQ(premiere.u.popup.numChoices, 2);
   EXPECT_EQ(premiere.u.popup.defaultValue, 1);
@@ -365,7 +366,8 @@ TEST(ParamTableHosts, PremiereMotionBlurHasNoCompSettings) {
   EXPECT_EQ(premiere.flags, kS | kN);
 
   for (uint32_t id : {host_id::kAfterEffects, host_id::kMotion, host_id::kFinalCut}) {
-    const ParamDef& blur = row(parameterRowsFor(id), 309);
+    const auto rows = parameterRowsFor(id);
+    const ParamDef& blur = row(rows, 309);
     EXPECT_EQ(blur.u.popup.numChoices, 3);
     EXPECT_EQ(blur.u.popup.defaultValue, 2);
     EXPECT_EQ(popupChoiceLabels(blur.u.popup.choices)[1], "Comp Settings");
@@ -373,7 +375,8 @@ TEST(ParamTableHosts, PremiereMotionBlurHasNoCompSettings) {
 }
 
 TEST(ParamTableHelpers, SeparatorsKeepTheirChoiceNumbers) {
-  const ParamDef& transfer = row(parameterRowsFor(host_id::kAfterEffects), 306);
+  const auto rows = parameterRowsFor(host_id::kAfterEffects);
+  const ParamDef& transfer = row(rows, 306);
   const auto labels = popupChoiceLabels(transfer.u.popup.choices);
   ASSERT_EQ(labels.size(), 22u);
   EXPECT_EQ(transfer.u.popup.numChoices, 22);
