@@ -36,8 +36,8 @@ struct Particle {
 
 // What a base lattice hands to the field chain, in float precision.
 struct ParticleBase {
-  float x, y, z;  // comp space, with Center and the layer displacement
-  float rotateX, rotateY, rotateZ;                       // radians
+  float x, y, z;                    // comp space, with Center and the layer displacement
+  float rotateX, rotateY, rotateZ;  // radians
   float rotationSpeedX, rotationSpeedY, rotationSpeedZ;  // radians per second
   float randomRotation;                                  // 0..1
   float randomSpeedRotate;

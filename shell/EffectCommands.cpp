@@ -18,6 +18,8 @@ HostError globalSetup(PluginHost_API& host) {
   return host_error::kNone;
 }
 
-HostError paramsSetup(PluginHost_API& host) { return buildParameterTable(host); }
+HostError paramsSetup(PluginHost_API& host) {
+  return buildParameterTable(host);
+}
 
 }  // namespace lattica

@@ -14,9 +14,8 @@ int32_t renderDispatch(PluginHost_API& host) {
   if (const HostError err = host.outputInfo(&output)) return err;
 
   int32_t status = engine_status::kFailed;
-  dispatchPixelKind(output.format, [&](auto kind) {
-    status = renderFrameWithBlur<decltype(kind)>(host);
-  });
+  dispatchPixelKind(output.format,
+                    [&](auto kind) { status = renderFrameWithBlur<decltype(kind)>(host); });
   return status;
 }
 

@@ -21,7 +21,7 @@ struct HostLight {
   char name[64] = {};
   double position[3] = {};
   double pointOfInterest[3] = {};
-  double direction[3] = {};  // unit vector from the position toward the point of interest
+  double direction[3] = {};           // unit vector from the position toward the point of interest
   double color[3] = {1.0, 1.0, 1.0};  // 0..1
   double intensity = 100.0;           // percent; 0 when the light is switched off
   double coneAngle = 90.0;            // degrees

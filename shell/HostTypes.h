@@ -72,7 +72,9 @@ inline constexpr uint32_t kBgraFloat = 11;
 // 16.16 fixed-point value as the host stores it.
 using Fixed = int32_t;
 
-constexpr double fixedToDouble(Fixed f) { return double(f) * (1.0 / 65536.0); }
+constexpr double fixedToDouble(Fixed f) {
+  return double(f) * (1.0 / 65536.0);
+}
 
 // value * 65536, rounded half away from zero, then truncated.
 constexpr Fixed doubleToFixedRounded(double v) {

@@ -74,7 +74,7 @@ struct ColorValue {
 };
 
 struct PointValue {
-  Fixed x, y;                        // layer pixels, 16.16
+  Fixed x, y;                              // layer pixels, 16.16
   Fixed defaultXPercent, defaultYPercent;  // percent of the layer, 16.16
 };
 

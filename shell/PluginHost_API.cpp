@@ -23,8 +23,8 @@ HostError PluginHost_API::paramSliderAt(int32_t index, int32_t id, const TimeTri
                                         double* value) {
   ScopedParamCheckout param(*this, index, t);
   if (param.error()) return param.error();
-  *value = id < 0 ? param.def().u.floatSlider.value
-                  : fixedToDouble(param.def().u.fixedSlider.value);
+  *value =
+      id < 0 ? param.def().u.floatSlider.value : fixedToDouble(param.def().u.fixedSlider.value);
   return host_error::kNone;
 }
 

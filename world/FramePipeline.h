@@ -18,8 +18,8 @@ struct FrameScalars {
   double downsampleY = 1;
   double scaleX = 1;
   double scaleY = 1;
-  double sizeRandom = 0;     // fraction
-  double opacityRandom = 0;  // fraction
+  double sizeRandom = 0;                            // fraction
+  double opacityRandom = 0;                         // fraction
   double colorR = 255, colorG = 255, colorB = 255;  // 0..255, full float precision
 };
 
@@ -38,11 +38,10 @@ int32_t RenderTimeSample(PluginHost_API& host, int32_t time, PluginRaster_API* t
 HostError readFrameScalars(PluginHost_API& host, int32_t time, const PreviewState& preview,
                            FrameScalars& out);
 
-#define LATTICA_DECLARE_PIPELINE(Kind)                                                  \
-  extern template int32_t renderFrameWithBlur<Kind>(PluginHost_API&);                   \
-  extern template int32_t RenderTimeSample<Kind>(PluginHost_API&, int32_t,              \
-                                                 PluginRaster_API*, const PreviewState&, \
-                                                 FrameParameters&);
+#define LATTICA_DECLARE_PIPELINE(Kind)                                                        \
+  extern template int32_t renderFrameWithBlur<Kind>(PluginHost_API&);                         \
+  extern template int32_t RenderTimeSample<Kind>(PluginHost_API&, int32_t, PluginRaster_API*, \
+                                                 const PreviewState&, FrameParameters&);
 LATTICA_DECLARE_PIPELINE(PixelArgb8)
 LATTICA_DECLARE_PIPELINE(PixelBgra8)
 LATTICA_DECLARE_PIPELINE(PixelArgb16)

@@ -22,6 +22,8 @@ int32_t sampleTime(const ShutterPlan& plan, int32_t i) {
   return int32_t(i * span + plan.start);
 }
 
-int32_t runningMeanRatio(int32_t i) { return int32_t(1.0 / (i + 1) * 65536.0 + 0.5); }
+int32_t runningMeanRatio(int32_t i) {
+  return int32_t(1.0 / (i + 1) * 65536.0 + 0.5);
+}
 
 }  // namespace lattica

@@ -103,7 +103,7 @@ int32_t averageByRunningMean(const std::vector<int32_t>& samples) {
 
 TEST(RunningMean, BlendingFiveConstantImagesGivesTheirPlainMean) {
   const std::vector<std::vector<int32_t>> cases = {
-      {0, 255, 100, 50, 200}, {255, 255, 255, 255, 255}, {255, 0, 0, 0, 0},
+      {0, 255, 100, 50, 200}, {255, 255, 255, 255, 255},   {255, 0, 0, 0, 0},
       {0, 0, 0, 0, 255},      {32768, 0, 16384, 32768, 1}, {7, 7, 7, 7, 7}};
   for (const auto& samples : cases) {
     double sum = 0;

@@ -44,16 +44,16 @@ TEST(ParamStoreKeys, GroupAndNameOrIndexReachTheRow) {
 }
 
 TEST(ParamStoreValues, EachTypeIsStoredAsTheHostStoresIt) {
-  const ParamStore store = storeFor(host_id::kAfterEffects,
-                                    {{"Particle/Size", 3.25},
-                                     {"OBJ Settings/Skip Vertex", 2.5},
-                                     {"Base Lattica/X Rotation", -0.5 / 65536.0},
-                                     {"OBJ Settings/Invert Z", true},
-                                     {"Particle/Color", {1.0, 0.5, 0.2}},
-                                     {"Kaleidospace/Center XY", {20.25, 10}},
-                                     {"Rendering/Transfer Mode", "Multiply"},
-                                     {"Particle/Transfer Mode", 3},
-                                     {"Texture/Layer", "plate"}});
+  const ParamStore store =
+      storeFor(host_id::kAfterEffects, {{"Particle/Size", 3.25},
+                                        {"OBJ Settings/Skip Vertex", 2.5},
+                                        {"Base Lattica/X Rotation", -0.5 / 65536.0},
+                                        {"OBJ Settings/Invert Z", true},
+                                        {"Particle/Color", {1.0, 0.5, 0.2}},
+                                        {"Kaleidospace/Center XY", {20.25, 10}},
+                                        {"Rendering/Transfer Mode", "Multiply"},
+                                        {"Particle/Transfer Mode", 3},
+                                        {"Texture/Layer", "plate"}});
   EXPECT_EQ(at(store, 53).u.floatSlider.value, 3.25);
   EXPECT_EQ(at(store, 25).u.intSlider.value, 3);  // rounds half away from zero
   EXPECT_EQ(at(store, 12).u.angle.value, -1);     // -0.5 in 16.16 rounds away from zero
@@ -78,8 +78,8 @@ TEST(ParamStoreValues, DefaultsHoldAndPointsStartAtTheirPercentOfTheLayer) {
 }
 
 TEST(ParamStoreValues, SlidersClampToTheValidRange) {
-  const ParamStore store =
-      storeFor(host_id::kAfterEffects, {{"Particle/Opacity", 250}, {"Rotation/Rotation Speed X", -99}});
+  const ParamStore store = storeFor(
+      host_id::kAfterEffects, {{"Particle/Opacity", 250}, {"Rotation/Rotation Speed X", -99}});
   EXPECT_EQ(at(store, 55).u.floatSlider.value, 100.0);
   EXPECT_EQ(at(store, 47).u.fixedSlider.value, -20 << 16);
 }
