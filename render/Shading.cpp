@@ -207,15 +207,15 @@ void surfaceLightSum(const double p[3], const double n[3], const ShadingSetup& s
   // Diffuse plus specular of one light; the specular term does not fade with distance.
   auto lightTerm = [&](const double l[3], double fall) {
     const double dotNL = dot3(l, n);
-    double spec = 0.0;
+    double specularTerm = 0.0;
     if (setup.specular > 0.0001) {
       const double r[3] = {2.0 * dotNL * n[0] - l[0], 2.0 * dotNL * n[1] - l[1],
                            2.0 * dotNL * n[2] - l[2]};
       const double re = dot3(r, e);
-      if (re >= 0.0) spec = setup.specular * std::pow(re, setup.sharpness);
+      if (re >= 0.0) specularTerm = setup.specular * std::pow(re, setup.sharpness);
     }
     const double diff = std::max(dotNL, 0.0) * setup.diffuse * fall;
-    return spec + diff;
+    return specularTerm + diff;
   };
 
   for (int32_t i = 0; i < setup.pointCount; ++i) {

@@ -117,11 +117,11 @@ TEST(LayerCheckout, TheSourceLayerSetsTheOutputSizeAndAnEmptySourceSkipsTheEffec
   TempFolder folder;
   writeSequence(folder);
   std::vector<uint8_t> pixels(6 * 3 * 4, 255);
-  PngSpec spec;
-  spec.width = 6;
-  spec.height = 3;
-  spec.rows = pixels;
-  writePng(folder / "plate.png", spec);
+  PngFixture png;
+  png.width = 6;
+  png.height = 3;
+  png.rows = pixels;
+  writePng(folder / "plate.png", png);
   {
     SceneHost s({{"composition", comp()},
                  {"layers", {{"plate", {{"image", "plate.png"}}}}},

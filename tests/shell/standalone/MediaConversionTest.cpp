@@ -95,13 +95,13 @@ TEST(MediaConversion, SolidsConvertAsStraightFloatColour) {
 
 TEST(MediaConversion, PalettesExpandAndTheirTransparencyBecomesAlpha) {
   TempFolder folder;
-  PngSpec spec;
-  spec.width = 3;
-  spec.colorType = PNG_COLOR_TYPE_PALETTE;
-  spec.palette = {{10, 20, 30}, {40, 50, 60}, {70, 80, 90}};
-  spec.paletteAlpha = {0, 128};  // the third entry is opaque
-  spec.rows = {0, 1, 2};
-  writePng(folder / "p.png", spec);
+  PngFixture png;
+  png.width = 3;
+  png.colorType = PNG_COLOR_TYPE_PALETTE;
+  png.palette = {{10, 20, 30}, {40, 50, 60}, {70, 80, 90}};
+  png.paletteAlpha = {0, 128};  // the third entry is opaque
+  png.rows = {0, 1, 2};
+  writePng(folder / "p.png", png);
   const auto image = converted(decodeImageFile(folder / "p.png"), pixel_format::kArgb8);
   EXPECT_EQ(pixel(*image, 0), (Rgba{10, 20, 30, 0}));
   EXPECT_EQ(pixel(*image, 1), (Rgba{40, 50, 60, 128}));
@@ -110,7 +110,7 @@ TEST(MediaConversion, PalettesExpandAndTheirTransparencyBecomesAlpha) {
 
 TEST(MediaConversion, GrayWidensToRgbAndItsTransparentValueHasAlphaZero) {
   TempFolder folder;
-  PngSpec gray;
+  PngFixture gray;
   gray.width = 2;
   gray.colorType = PNG_COLOR_TYPE_GRAY;
   gray.rows = {50, 51};
@@ -121,7 +121,7 @@ TEST(MediaConversion, GrayWidensToRgbAndItsTransparentValueHasAlphaZero) {
   EXPECT_EQ(pixel(*image, 0), (Rgba{50, 50, 50, 0}));
   EXPECT_EQ(pixel(*image, 1), (Rgba{51, 51, 51, 255}));
 
-  PngSpec lowBits;  // 2-bit gray: 0..3 scale to 0..255, opaque
+  PngFixture lowBits;  // 2-bit gray: 0..3 scale to 0..255, opaque
   lowBits.width = 4;
   lowBits.colorType = PNG_COLOR_TYPE_GRAY;
   lowBits.bitDepth = 2;
@@ -134,16 +134,16 @@ TEST(MediaConversion, GrayWidensToRgbAndItsTransparentValueHasAlphaZero) {
 
 TEST(MediaConversion, SixteenBitRgbTransparencyGivesFullOrNoAlpha) {
   TempFolder folder;
-  PngSpec spec;
-  spec.width = 2;
-  spec.colorType = PNG_COLOR_TYPE_RGB;
-  spec.bitDepth = 16;
-  spec.rows = {0x12, 0x34, 0, 0, 0xff, 0xff, /**/ 0x12, 0x34, 0, 1, 0xff, 0xff};
-  spec.hasTrnsColor = true;
-  spec.trnsColor.red = 0x1234;
-  spec.trnsColor.green = 0;
-  spec.trnsColor.blue = 0xffff;
-  writePng(folder / "t.png", spec);
+  PngFixture png;
+  png.width = 2;
+  png.colorType = PNG_COLOR_TYPE_RGB;
+  png.bitDepth = 16;
+  png.rows = {0x12, 0x34, 0, 0, 0xff, 0xff, /**/ 0x12, 0x34, 0, 1, 0xff, 0xff};
+  png.hasTrnsColor = true;
+  png.trnsColor.red = 0x1234;
+  png.trnsColor.green = 0;
+  png.trnsColor.blue = 0xffff;
+  writePng(folder / "t.png", png);
   const DecodedImage image = decodeImageFile(folder / "t.png");
   EXPECT_EQ(image.samples16,
             (std::vector<uint16_t>{0x1234, 0, 0xffff, 0, 0x1234, 1, 0xffff, 0xffff}));

@@ -39,7 +39,7 @@ class TempFolder {
   std::filesystem::path path_;
 };
 
-struct PngSpec {
+struct PngFixture {
   int width = 1;
   int height = 1;
   int colorType = PNG_COLOR_TYPE_RGB_ALPHA;
@@ -52,7 +52,7 @@ struct PngSpec {
   png_color_16 trnsColor{};
 };
 
-inline void writePng(const std::filesystem::path& path, const PngSpec& spec) {
+inline void writePng(const std::filesystem::path& path, const PngFixture& fixture) {
   std::FILE* file = std::fopen(path.c_str(), "wb");
   if (!file) throw std::runtime_error("cannot write " + path.string());
   png_structp png = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr);
@@ -63,23 +63,23 @@ inline void writePng(const std::filesystem::path& path, const PngSpec& spec) {
     throw std::runtime_error("libpng failed writing " + path.string());
   }
   png_init_io(png, file);
-  png_set_IHDR(png, info, png_uint_32(spec.width), png_uint_32(spec.height), spec.bitDepth,
-               spec.colorType, PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT,
+  png_set_IHDR(png, info, png_uint_32(fixture.width), png_uint_32(fixture.height), fixture.bitDepth,
+               fixture.colorType, PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT,
                PNG_FILTER_TYPE_DEFAULT);
-  if (!spec.palette.empty()) {
-    png_set_PLTE(png, info, spec.palette.data(), int(spec.palette.size()));
+  if (!fixture.palette.empty()) {
+    png_set_PLTE(png, info, fixture.palette.data(), int(fixture.palette.size()));
   }
-  if (!spec.paletteAlpha.empty()) {
-    png_set_tRNS(png, info, spec.paletteAlpha.data(), int(spec.paletteAlpha.size()), nullptr);
+  if (!fixture.paletteAlpha.empty()) {
+    png_set_tRNS(png, info, fixture.paletteAlpha.data(), int(fixture.paletteAlpha.size()), nullptr);
   }
-  if (spec.hasTrnsColor) {
-    png_color_16 color = spec.trnsColor;
+  if (fixture.hasTrnsColor) {
+    png_color_16 color = fixture.trnsColor;
     png_set_tRNS(png, info, nullptr, 0, &color);
   }
   png_write_info(png, info);
-  const size_t rowBytes = spec.rows.size() / size_t(spec.height);
-  for (int y = 0; y < spec.height; ++y) {
-    png_write_row(png, spec.rows.data() + size_t(y) * rowBytes);
+  const size_t rowBytes = fixture.rows.size() / size_t(fixture.height);
+  for (int y = 0; y < fixture.height; ++y) {
+    png_write_row(png, fixture.rows.data() + size_t(y) * rowBytes);
   }
   png_write_end(png, nullptr);
   png_destroy_write_struct(&png, &info);
@@ -88,22 +88,22 @@ inline void writePng(const std::filesystem::path& path, const PngSpec& spec) {
 
 // An 8-bit RGBA PNG of one row of pixels.
 inline void writeRgba8(const std::filesystem::path& path, const std::vector<uint8_t>& rgba) {
-  PngSpec spec;
-  spec.width = int(rgba.size() / 4);
-  spec.rows = rgba;
-  writePng(path, spec);
+  PngFixture fixture;
+  fixture.width = int(rgba.size() / 4);
+  fixture.rows = rgba;
+  writePng(path, fixture);
 }
 
 // A 16-bit RGBA PNG of one row of pixels.
 inline void writeRgba16(const std::filesystem::path& path, const std::vector<uint16_t>& rgba) {
-  PngSpec spec;
-  spec.width = int(rgba.size() / 4);
-  spec.bitDepth = 16;
+  PngFixture fixture;
+  fixture.width = int(rgba.size() / 4);
+  fixture.bitDepth = 16;
   for (uint16_t v : rgba) {
-    spec.rows.push_back(uint8_t(v >> 8));
-    spec.rows.push_back(uint8_t(v & 0xff));
+    fixture.rows.push_back(uint8_t(v >> 8));
+    fixture.rows.push_back(uint8_t(v & 0xff));
   }
-  writePng(path, spec);
+  writePng(path, fixture);
 }
 
 // A float RGBA OpenEXR file of one row of pixels, colour as given (premultiplied by the caller).
