@@ -144,6 +144,13 @@ void advanceMaps(PluginHost_API& host, int32_t time, LayerMapSet& set, double zI
   }
 }
 
+bool hasTimeSlicedMaps(const LayerMapSet& set) {
+  for (const int32_t over : set.mapOver) {
+    if (isTimeSliced(over)) return true;
+  }
+  return false;
+}
+
 void releaseMaps(LayerMapSet& set) {
   for (LayerMapLayer& layer : set.entry) layer.release();
 }

@@ -115,6 +115,9 @@ void checkOutMaps(PluginHost_API& host, int32_t time, LayerMapSet& set, bool all
 void advanceMaps(PluginHost_API& host, int32_t time, LayerMapSet& set, double zIndex,
                  double zCount);
 
+// Whether advanceMaps re-reads any layer: some group's "Map Over" is one of the time choices.
+bool hasTimeSlicedMaps(const LayerMapSet& set);
+
 // Checks in every layer that is present.
 void releaseMaps(LayerMapSet& set);
 

@@ -23,7 +23,7 @@ HostError allocateSplatTable(PluginHost_API& host, SplatChunkTable& table) {
 
 void freeSplatTable(PluginHost_API& host, SplatChunkTable& table) {
   if (table.slots) {
-    for (int32_t i = 0; i < SplatChunkTable::kChunkSlots; ++i) {
+    for (int32_t i = 0; i < table.slotCapacity; ++i) {
       SplatChunk& slot = table.slots[i];
       if (slot.handle) {
         host.unlockHandle(slot.handle);
@@ -39,8 +39,90 @@ void freeSplatTable(PluginHost_API& host, SplatChunkTable& table) {
   table = SplatChunkTable{};
 }
 
+HostError reserveSplatSlots(PluginHost_API& host, SplatChunkTable& table, int32_t slotCount) {
+  if (slotCount <= table.slotCapacity) return host_error::kNone;
+  const int64_t bytes = int64_t(sizeof(SplatChunk)) * slotCount;
+  HostHandle handle = host.newHandle(bytes);
+  auto* slots = handle ? static_cast<SplatChunk*>(host.lockHandle(handle)) : nullptr;
+  if (!slots) {
+    if (handle) host.disposeHandle(handle);
+    return host_error::kOutOfMemory;
+  }
+  std::memset(slots, 0, size_t(bytes));
+  std::memcpy(slots, table.slots, sizeof(SplatChunk) * size_t(table.slotCapacity));
+  host.unlockHandle(table.tableHandle);
+  host.disposeHandle(table.tableHandle);
+  table.tableHandle = handle;
+  table.slots = slots;
+  table.slotCapacity = slotCount;
+  return host_error::kNone;
+}
+
+HostError prepareChunkRun(PluginHost_API& host, SplatChunkTable& run, SplatChunk* slots,
+                          int32_t slotCount) {
+  run = SplatChunkTable{};
+  run.slots = slots;
+  run.slotCapacity = slotCount;
+  run.isRun = true;
+  for (int32_t i = 0; i < slotCount; ++i) {
+    SplatChunk& chunk = slots[i];
+    chunk = SplatChunk{};
+    chunk.handle = host.newHandle(int64_t(sizeof(SplatRecord)) * SplatChunkTable::kRecordsPerChunk);
+    chunk.records =
+        chunk.handle ? static_cast<SplatRecord*>(host.lockHandle(chunk.handle)) : nullptr;
+    if (!chunk.records) {
+      if (chunk.handle) host.disposeHandle(chunk.handle);
+      chunk = SplatChunk{};
+      run.slotCapacity = i;
+      return host_error::kOutOfMemory;
+    }
+  }
+  return host_error::kNone;
+}
+
+void freeChunkRun(PluginHost_API& host, SplatChunkTable& run) {
+  for (int32_t i = 0; i < run.slotCapacity; ++i) {
+    SplatChunk& chunk = run.slots[i];
+    if (chunk.handle) {
+      host.unlockHandle(chunk.handle);
+      host.disposeHandle(chunk.handle);
+    }
+    chunk = SplatChunk{};
+  }
+  run.slotCapacity = 0;
+}
+
+namespace {
+
+void overflow(PluginHost_API& host, SplatChunkTable& table) {
+  table.status = splat_status::kOverflow;
+  host.setErrorText(kParticleOverflowMessage);
+}
+
+// A run's chunks were allocated before it started: filling one makes no host call.
+void appendToRun(SplatChunkTable& run, const SplatRecord& record) {
+  if (run.chunkIndex >= run.slotCapacity) {
+    run.status = splat_status::kRunFull;
+    return;
+  }
+  SplatChunk& chunk = run.slots[run.chunkIndex];
+  chunk.records[run.itemIndex] = record;
+  ++run.recordCount;
+  if (++run.itemIndex == SplatChunkTable::kRecordsPerChunk) {
+    chunk.count = SplatChunkTable::kRecordsPerChunk;
+    ++run.chunkIndex;
+    run.itemIndex = 0;
+  }
+}
+
+}  // namespace
+
 void appendSplatRecord(PluginHost_API& host, SplatChunkTable& table, const SplatRecord& record) {
   if (table.status != splat_status::kGood || !(record.size > 0.0f)) return;
+  if (table.isRun) {
+    appendToRun(table, record);
+    return;
+  }
   SplatChunk& chunk = table.slots[table.chunkIndex];
   if (table.itemIndex == 0) {
     chunk.handle = host.newHandle(int64_t(sizeof(SplatRecord)) * SplatChunkTable::kRecordsPerChunk);
@@ -54,30 +136,62 @@ void appendSplatRecord(PluginHost_API& host, SplatChunkTable& table, const Splat
     }
   }
   chunk.records[table.itemIndex] = record;
+  ++table.recordCount;
   if (++table.itemIndex == SplatChunkTable::kRecordsPerChunk) {
     chunk.count = SplatChunkTable::kRecordsPerChunk;
-    if (++table.chunkIndex > SplatChunkTable::kChunkSlots - 1) {
-      table.status = splat_status::kOverflow;
-      host.setErrorText(kParticleOverflowMessage);
+    if (++table.chunkIndex > table.slotCapacity - 1) {
+      overflow(host, table);
       return;
     }
     table.itemIndex = 0;
   }
+  if (table.recordCount >= SplatChunkTable::kRecordLimit) overflow(host, table);
+}
+
+void joinChunkRun(PluginHost_API& host, SplatChunkTable& table, SplatChunkTable& run) {
+  if (table.status != splat_status::kGood) return;
+  // The chunk being filled is closed: the run's chunks follow it.
+  if (table.itemIndex > 0) {
+    table.slots[table.chunkIndex].count = table.itemIndex;
+    ++table.chunkIndex;
+    table.itemIndex = 0;
+  }
+  const int32_t used = std::min(run.chunkIndex, run.slotCapacity - 1);
+  for (int32_t c = 0; c <= used; ++c) {
+    SplatChunk& chunk = run.slots[c];
+    const int32_t count = c < run.chunkIndex ? SplatChunkTable::kRecordsPerChunk : run.itemIndex;
+    if (count == 0) continue;
+    if (table.chunkIndex >= table.slotCapacity) {
+      overflow(host, table);
+      return;
+    }
+    const int64_t room = SplatChunkTable::kRecordLimit - table.recordCount;
+    SplatChunk& slot = table.slots[table.chunkIndex];
+    slot = chunk;
+    slot.count = int32_t(std::min<int64_t>(count, room));
+    chunk = SplatChunk{};
+    table.recordCount += slot.count;
+    ++table.chunkIndex;
+    if (table.recordCount >= SplatChunkTable::kRecordLimit) {
+      overflow(host, table);
+      return;
+    }
+  }
 }
 
 void closeSplatTable(SplatChunkTable& table) {
-  if (table.slots && table.chunkIndex < SplatChunkTable::kChunkSlots) {
+  if (table.slots && table.chunkIndex < table.slotCapacity) {
     table.slots[table.chunkIndex].count = table.itemIndex;
   }
 }
 
 int64_t storedRecordCount(const SplatChunkTable& table) {
-  return int64_t(table.chunkIndex) * SplatChunkTable::kRecordsPerChunk + table.itemIndex;
+  return table.recordCount;
 }
 
 void flattenSplats(const SplatChunkTable& table, SortEntry* entries) {
   int64_t n = 0;
-  const int32_t lastChunk = std::min(table.chunkIndex, SplatChunkTable::kChunkSlots - 1);
+  const int32_t lastChunk = std::min(table.chunkIndex, table.slotCapacity - 1);
   for (int32_t c = 0; c <= lastChunk; ++c) {
     const SplatChunk& chunk = table.slots[c];
     for (int32_t i = 0; i < chunk.count; ++i) {

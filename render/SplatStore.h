@@ -46,17 +46,26 @@ namespace splat_status {
 inline constexpr int32_t kGood = 0;
 inline constexpr int32_t kOverflow = 1;
 inline constexpr int32_t kOutOfMemory = 2;
+// A chunk run used every chunk it was given; what it holds is incomplete.
+inline constexpr int32_t kRunFull = 3;
 }  // namespace splat_status
 
+// The store of a sample, or a chunk run: the store of one part of a parallel generation, whose
+// chunks were allocated before it started (so filling it makes no host call), and which is later
+// joined to the sample's store in generation order. Chunks are full except the last of each run.
 struct SplatChunkTable {
   static constexpr int32_t kChunkSlots = 10000;
   static constexpr int32_t kRecordsPerChunk = 1024;
+  static constexpr int64_t kRecordLimit = int64_t(kChunkSlots) * kRecordsPerChunk;
 
   SplatChunk* slots = nullptr;
   HostHandle tableHandle = nullptr;
   int32_t itemIndex = 0;
   int32_t chunkIndex = 0;
   int32_t status = splat_status::kGood;
+  int32_t slotCapacity = kChunkSlots;  // slots in the array
+  bool isRun = false;                  // a chunk run: chunks given, never allocated here
+  int64_t recordCount = 0;
 };
 
 inline constexpr const char* kParticleOverflowMessage = "Particle Overflow Error";
@@ -70,10 +79,26 @@ void freeSplatTable(PluginHost_API& host, SplatChunkTable& table);
 // projected size is not above 0. Overflow past the last slot shows the overflow message.
 void appendSplatRecord(PluginHost_API& host, SplatChunkTable& table, const SplatRecord& record);
 
+// Makes room for slotCount slots in an empty store (partial chunks of joined runs take slots of
+// their own); 4 (out of memory) when the host has none.
+HostError reserveSplatSlots(PluginHost_API& host, SplatChunkTable& table, int32_t slotCount);
+
+// Makes run a chunk run over slotCount preallocated chunks, its slot array at slots.
+// Returns 4 (out of memory) when a chunk cannot be had; the chunks that were had stay in the run.
+HostError prepareChunkRun(PluginHost_API& host, SplatChunkTable& run, SplatChunk* slots,
+                          int32_t slotCount);
+
+// Moves a closed run's records to the end of the store, in order; the run keeps only the chunks
+// it did not fill. Records beyond the store's limit overflow it as a sequential fill would.
+void joinChunkRun(PluginHost_API& host, SplatChunkTable& table, SplatChunkTable& run);
+
+// Gives back every chunk a run still holds.
+void freeChunkRun(PluginHost_API& host, SplatChunkTable& run);
+
 // Writes the count of the chunk being filled; called when generation ends.
 void closeSplatTable(SplatChunkTable& table);
 
-// Records stored: chunk index * 1024 + count in the current chunk.
+// Records stored.
 int64_t storedRecordCount(const SplatChunkTable& table);
 
 inline const SplatRecord& splatAt(const SplatChunkTable& table, int32_t chunk, int32_t item) {

@@ -6,6 +6,7 @@
 // is allocated in the loops.
 
 #include <cstdint>
+#include <vector>
 
 #include "FrameParameters.h"
 #include "FramePipeline.h"
@@ -166,6 +167,24 @@ LatticeSetup makeLatticeSetup(const FrameParameters& params, const FrameScalars&
 LatticeRunResult runBoxLattice(const LatticeSetup& setup, LatticeVisitor& visitor);
 // "Sphere - Layered": layers from the outside in, rings from the top, points round each ring.
 LatticeRunResult runSphereLattice(const LatticeSetup& setup, LatticeVisitor& visitor);
+// A run of whole units of the generation order (box rows, sphere rings) that can be generated on
+// its own: the streams as they stand before its first unit are reached by jumping ahead.
+struct LatticeSpan {
+  int64_t firstUnit = 0, endUnit = 0;  // units, in the order the lattice walks them
+  int64_t unitsPerLayer = 1;           // rows (or rings) per Z layer
+  int64_t particles = 0;               // lattice points walked, counted or not
+  RandomStreams streams;
+};
+
+// Splits a Grid, Strings or Sphere lattice into spans of about targetParticles points each, in
+// generation order. False (and no spans) for the model lattice or loops too long to plan.
+bool planLatticeSpans(const LatticeSetup& setup, int64_t targetParticles,
+                      std::vector<LatticeSpan>& spans);
+
+// Walks one span exactly as the whole lattice would walk it, without Z layer calls, abort checks
+// or the preview limit. Returns the particles that passed the size/opacity test.
+int64_t runLatticeSpan(const LatticeSetup& setup, const LatticeSpan& span, LatticeVisitor& visitor);
+
 // Dispatch on setup.shape for Grid, Strings and Sphere. The model lattice has its own loop; here
 // it makes no particles.
 LatticeRunResult runBaseLattice(const LatticeSetup& setup, LatticeVisitor& visitor);

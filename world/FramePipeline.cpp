@@ -1,5 +1,7 @@
 #include "FramePipeline.h"
 
+#include <vector>
+
 #include "AudioReact.h"
 #include "BaseLattice.h"
 #include "Camera.h"
@@ -10,6 +12,7 @@
 #include "FlowIntegration.h"
 #include "FractalField.h"
 #include "GlobalRecord.h"
+#include "Kaleidospace.h"
 #include "LayerMapApply.h"
 #include "LayerMaps.h"
 #include "Model3DLock.h"
@@ -70,8 +73,19 @@ const CloudletTemplate* cloudletTemplatesOf(PluginHost_API& host) {
 }
 
 // State of one time sample that the stages share.
+// A Motion Preview point kept by a part of a parallel generation, plotted when the parts are
+// joined, so that later points cover earlier ones as in one sequential walk.
+struct PreviewPoint {
+  double x, y;
+  float r, g, b;
+};
+
+// Lattice points per part of a parallel generation, and records reserved per round of parts.
+inline constexpr int64_t kSpanParticles = 16384;
+inline constexpr int64_t kRoundRecords = int64_t(1) << 21;
+
 template <typename Kind>
-class TimeSample : private LatticeVisitor {
+class TimeSample {
  public:
   TimeSample(PluginHost_API& host, int32_t time, PluginRaster_API* target,
              const PreviewState& preview, FrameParameters& params)
@@ -81,8 +95,7 @@ class TimeSample : private LatticeVisitor {
         preview_(preview),
         params_(params),
         store_(host),
-        reactors_(host),
-        sink_{host, store_.table(), view_, shading_} {}
+        reactors_(host) {}
 
   ~TimeSample() {
     releaseMaps(layerMaps_);
@@ -220,17 +233,17 @@ class TimeSample : private LatticeVisitor {
   // Map selectors, audio levels and the per-particle constants of the sample.
   int32_t setUpParticles() {
     timeSeconds_ = float(double(time_) / double(host_.timeScale()));
-    working_ = Particle{};
-    working_.feather = float(params_.sphereFeather / 100.0);
-    working_.transferMode = uint8_t(params_.particleTransferMode + 1);
-    working_.particleType = uint8_t(params_.particleType + 1);
-    working_.shadowlet = int32_t(params_.shadowlet);
-    working_.normalZSign = 1.0f;
-    working_.spritePixelAspect = float(texture_.pixelAspect);
-    working_.spriteWidth = texture_.width;
-    working_.spriteHeight = texture_.height;
-    working_.spriteAspect = float(texture_.heightRatio());
-    texturedKind_ = working_.particleType >= particle_kind::kSprite;
+    workingStart_ = Particle{};
+    workingStart_.feather = float(params_.sphereFeather / 100.0);
+    workingStart_.transferMode = uint8_t(params_.particleTransferMode + 1);
+    workingStart_.particleType = uint8_t(params_.particleType + 1);
+    workingStart_.shadowlet = int32_t(params_.shadowlet);
+    workingStart_.normalZSign = 1.0f;
+    workingStart_.spritePixelAspect = float(texture_.pixelAspect);
+    workingStart_.spriteWidth = texture_.width;
+    workingStart_.spriteHeight = texture_.height;
+    workingStart_.spriteAspect = float(texture_.heightRatio());
+    texturedKind_ = workingStart_.particleType >= particle_kind::kSprite;
 
     objLattice_ = lattice_.shape == LatticeShape::kObjModel;
     const bool gridless = lattice_.shape == LatticeShape::kSphere || objLattice_;
@@ -255,6 +268,13 @@ class TimeSample : private LatticeVisitor {
   // The model lock is held over the whole generation, whatever the lattice.
   int32_t generate() {
     Model3D_CSLock modelLock;
+    if (canGenerateInParts()) {
+      std::vector<LatticeSpan> spans;
+      if (planLatticeSpans(lattice_, kSpanParticles, spans) && spans.size() > 1) {
+        return generateInParts(spans);
+      }
+    }
+    Tail tail(*this, store_.table(), nullptr);
     LatticeRunResult result;
     if (lattice_.shape == LatticeShape::kObjModel) {
       const ObjSampleModel obj = loadObjModelForSample(host_, time_, params_);
@@ -270,112 +290,260 @@ class TimeSample : private LatticeVisitor {
       input.latched = latchObjBounds(objBoundsLatchOf(sequence), *obj.model);
       input.markers = markers.data();
       input.markerBytes = markers ? bytes : 0;
-      result = runObjLattice(lattice_, input, *this);
+      result = runObjLattice(lattice_, input, tail);
     } else {
-      result = runBaseLattice(lattice_, *this);
+      result = runBaseLattice(lattice_, tail);
     }
     totalCount_ = int32_t(result.total);
+    previewPointCount_ = tail.previewPointCount();
     return result.status;
+  }
+
+  // Parts of the lattice run on the host's threads when nothing in the walk needs the host: no
+  // in-panel preview (it stops at a particle count), no layer maps re-read per Z layer, and a
+  // lattice whose parts can be reached directly.
+  bool canGenerateInParts() {
+    return !preview_.active && host_.hasRowIteration() &&
+           lattice_.shape != LatticeShape::kObjModel && !hasTimeSlicedMaps(layerMaps_);
+  }
+
+  // Most records one lattice point can store: one per mirror pass and member, plus its shadow.
+  int64_t recordsPerPoint() const {
+    if (motionPreview()) return 0;
+    int64_t members = 1;
+    if (workingStart_.particleType == particle_kind::kCloudlet) members = 15;
+    if (workingStart_.particleType == particle_kind::kStreaklet) members = streaklet_.count;
+    if (workingStart_.shadowlet != 0) ++members;
+    return members * mirrorPassesOf(master_.kaleido.mirrorMode).count;
+  }
+
+  // The lattice in parts, round after round: each part fills its own chunk run (or, in Motion
+  // Preview, its own list of points) on a worker thread, and the parts are joined in generation
+  // order on this thread. A part whose run was too small is walked again here, straight into the
+  // store. Abort checks come between rounds.
+  int32_t generateInParts(const std::vector<LatticeSpan>& spans) {
+    const int64_t perPoint = recordsPerPoint();
+    const int64_t passes = mirrorPassesOf(master_.kaleido.mirrorMode).count;
+    int64_t slotsNeeded = SplatChunkTable::kChunkSlots + int64_t(spans.size());
+    if (reserveSplatSlots(host_, store_.table(), int32_t(slotsNeeded)) != host_error::kNone) {
+      return engine_status::kOutOfMemory;
+    }
+    int64_t total = 0;
+    size_t first = 0;
+    while (first < spans.size()) {
+      if (const HostError abort = host_.isAborted()) return abort;
+      size_t end = first;
+      int64_t roundRecords = 0;
+      int64_t roundSlots = 0;
+      int64_t roundPoints = 0;
+      while (end < spans.size() && (end == first || roundRecords < kRoundRecords)) {
+        const int64_t records = spans[end].particles * perPoint;
+        roundRecords += records;
+        roundSlots += records / SplatChunkTable::kRecordsPerChunk + 1;
+        roundPoints += motionPreview() ? spans[end].particles * passes : 0;
+        ++end;
+      }
+      const int32_t status = runRound(spans, first, end, roundSlots, roundPoints, total);
+      if (status != engine_status::kGood) return status;
+      first = end;
+    }
+    totalCount_ = int32_t(total);
+    return engine_status::kGood;
+  }
+
+  int32_t runRound(const std::vector<LatticeSpan>& spans, size_t first, size_t end,
+                   int64_t slotCount, int64_t pointCount, int64_t& total) {
+    const size_t parts = end - first;
+    const int64_t perPoint = recordsPerPoint();
+    ScopedHostArray<SplatChunkTable> runs(host_, int64_t(parts));
+    ScopedHostArray<SplatChunk> slots(host_, slotCount);
+    ScopedHostArray<PreviewPoint> points(host_, pointCount);
+    ScopedHostArray<int64_t> counts(host_, int64_t(parts) * 2);
+    if (!runs || !slots || !points || !counts) return engine_status::kOutOfMemory;
+    struct RunsGuard {
+      PluginHost_API& host;
+      SplatChunkTable* runs;
+      size_t count = 0;
+      ~RunsGuard() {
+        for (size_t i = 0; i < count; ++i) freeChunkRun(host, runs[i]);
+      }
+    } guard{host_, runs.data()};
+    int64_t slotOffset = 0;
+    int64_t pointOffset = 0;
+    std::vector<int64_t> pointStart(parts);
+    for (size_t i = 0; i < parts; ++i) {
+      const LatticeSpan& span = spans[first + i];
+      const int64_t runSlots =
+          perPoint > 0 ? span.particles * perPoint / SplatChunkTable::kRecordsPerChunk + 1 : 0;
+      ++guard.count;
+      if (prepareChunkRun(host_, runs.data()[i], slots.data() + slotOffset, int32_t(runSlots)) !=
+          host_error::kNone) {
+        return engine_status::kOutOfMemory;
+      }
+      slotOffset += runSlots;
+      pointStart[i] = pointOffset;
+      if (motionPreview())
+        pointOffset += span.particles * mirrorPassesOf(master_.kaleido.mirrorMode).count;
+    }
+    const HostError err = host_.iterateRows(int32_t(parts), [&](int32_t i) {
+      Tail tail(*this, runs.data()[i], points.data() + pointStart[size_t(i)]);
+      counts.data()[2 * i] = runLatticeSpan(lattice_, spans[first + size_t(i)], tail);
+      counts.data()[2 * i + 1] = tail.previewPointCount();
+      closeSplatTable(runs.data()[i]);
+      return host_error::kNone;
+    });
+    if (err != host_error::kNone) return err;
+    // Joined in generation order; a run that ran out of chunks is walked again into the store.
+    for (size_t i = 0; i < parts; ++i) {
+      SplatChunkTable& run = runs.data()[i];
+      if (run.status == splat_status::kRunFull) {
+        Tail tail(*this, store_.table(), nullptr);
+        total += runLatticeSpan(lattice_, spans[first + i], tail);
+        previewPointCount_ += tail.previewPointCount();
+        continue;
+      }
+      joinChunkRun(host_, store_.table(), run);
+      total += counts.data()[2 * i];
+      const int64_t plotted = counts.data()[2 * i + 1];
+      previewPointCount_ += int32_t(plotted);
+      const PreviewPoint* p = points.data() + pointStart[i];
+      for (int64_t k = 0; k < plotted; ++k) {
+        plotPreviewPoint<Kind>(targetInfo_, p[k].x, p[k].y, p[k].r, p[k].g, p[k].b);
+      }
+    }
+    return engine_status::kGood;
   }
 
   // ---- The tail of one particle ----
 
-  void onZLayer(int32_t zIndex) override {
-    advanceMaps(host_, time_, layerMaps_, double(zIndex), lattice_.countZ);
-  }
+  // Everything that changes from particle to particle, so that parts of the lattice can run on
+  // several threads at once, each with a tail of its own; the sample's state is only read.
+  class Tail final : public LatticeVisitor {
+   public:
+    // Records go to table; Motion Preview points are plotted, or kept in previewPoints when given.
+    Tail(TimeSample& sample, SplatChunkTable& table, PreviewPoint* previewPoints)
+        : s_(sample),
+          sink_{sample.host_, table, sample.view_, sample.shading_},
+          fractal_(sample.fractal_),
+          working_(sample.workingStart_),
+          previewPoints_(previewPoints) {}
 
-  bool onParticle(const LatticeParticle& lattice) override {
-    working_.baseSize = lattice.baseSize;
-    working_.opacity = lattice.opacity;
-    working_.colorR = lattice.colorR;
-    working_.colorG = lattice.colorG;
-    working_.colorB = lattice.colorB;
-    working_.textureTime = lattice.textureTime;
-    if (objLattice_) {
-      const auto& vertex = static_cast<const ObjLatticeParticle&>(lattice);
-      working_.vertexNormal = vertex.vertexNormal;
-      working_.normalZSign = vertex.normalZSign;
-    }
-    fractal_.fractalStrength = 1.0;
-    FieldBlock fields = master_;
-    startParticle(modulation_, modulationStart_);
-    const MapFractions fractions{lattice.fractionX, lattice.fractionY, lattice.fractionZ,
-                                 lattice.radial};
-    applyQuickMaps(quickMaps_, quickCurves_, fractions, working_, modulation_);
-    LayerMapPosition mapPosition;
-    mapPosition.x = fractions.x;
-    mapPosition.y = fractions.y;
-    mapPosition.z = fractions.z;
-    mapPosition.u = float(lattice.mapU);
-    mapPosition.v = float(lattice.mapV);
-    mapPosition.overSize[0] = fractions.x;
-    mapPosition.overSize[1] = fractions.y;
-    mapPosition.overSize[2] = fractions.z;
-    applyLayerMaps(layerMaps_, mapPosition, working_, modulation_);
-    reactors_.apply(fractions.x, fractions.y, fractions.z, working_, modulation_);
-    if (!((working_.baseSize > 0 || params_.affectSize > 0) &&
-          (working_.opacity > 0 || params_.affectOpacity > 0))) {
-      return false;
-    }
-    if (texturedKind_) {
-      working_.textureTime =
-          pickTextureTime(timing_, lattice.textureSeed, time_, host_.timeScale(), host_.timeStep());
-    }
-    applyModulation(fields);
-    ParticleBase base = lattice.particleBase(modulation_.displace[0], modulation_.displace[1],
-                                             modulation_.displace[2]);
-    base.rotateX = modulation_.rotation[0];
-    base.rotateY = modulation_.rotation[1];
-    base.rotateZ = modulation_.rotation[2];
-    const float rotationZ = working_.rotationZ;
-    const float rotationX = working_.rotationX;
-    const float rotationY = working_.rotationY;
-    forEachMirrorPass(fields.kaleido, [&] { runFieldPass(lattice, base, fields); });
-    working_.rotationZ = rotationZ;
-    working_.rotationX = rotationX;
-    working_.rotationY = rotationY;
-    return true;
-  }
+    int32_t previewPointCount() const { return previewPointCount_; }
 
-  int32_t checkAbort() override { return host_.isAborted(); }
+    void onZLayer(int32_t zIndex) override {
+      advanceMaps(s_.host_, s_.time_, s_.layerMaps_, double(zIndex), s_.lattice_.countZ);
+    }
 
-  // The maps' and reactors' results go to the particle's own copy of the field settings.
-  void applyModulation(FieldBlock& fields) {
-    fields.disperseStrength = modulation_.disperseStrength;
-    fractal_.fractalStrength = modulation_.fractalStrength;
-    for (int32_t s = 0; s < 2; ++s) {
-      fields.sphere[s].radius = modulation_.sphereRadius[s];
-      fields.sphere[s].strength = modulation_.sphereStrength[s];
+    bool onParticle(const LatticeParticle& lattice) override {
+      const TimeSample& s = s_;
+      working_.baseSize = lattice.baseSize;
+      working_.opacity = lattice.opacity;
+      working_.colorR = lattice.colorR;
+      working_.colorG = lattice.colorG;
+      working_.colorB = lattice.colorB;
+      working_.textureTime = lattice.textureTime;
+      if (s.objLattice_) {
+        const auto& vertex = static_cast<const ObjLatticeParticle&>(lattice);
+        working_.vertexNormal = vertex.vertexNormal;
+        working_.normalZSign = vertex.normalZSign;
+      }
+      fractal_.fractalStrength = 1.0;
+      FieldBlock fields = s.master_;
+      startParticle(modulation_, s.modulationStart_);
+      const MapFractions fractions{lattice.fractionX, lattice.fractionY, lattice.fractionZ,
+                                   lattice.radial};
+      applyQuickMaps(s.quickMaps_, s.quickCurves_, fractions, working_, modulation_);
+      LayerMapPosition mapPosition;
+      mapPosition.x = fractions.x;
+      mapPosition.y = fractions.y;
+      mapPosition.z = fractions.z;
+      mapPosition.u = float(lattice.mapU);
+      mapPosition.v = float(lattice.mapV);
+      mapPosition.overSize[0] = fractions.x;
+      mapPosition.overSize[1] = fractions.y;
+      mapPosition.overSize[2] = fractions.z;
+      applyLayerMaps(s.layerMaps_, mapPosition, working_, modulation_);
+      s.reactors_.apply(fractions.x, fractions.y, fractions.z, working_, modulation_);
+      if (!((working_.baseSize > 0 || s.params_.affectSize > 0) &&
+            (working_.opacity > 0 || s.params_.affectOpacity > 0))) {
+        return false;
+      }
+      if (s.texturedKind_) {
+        working_.textureTime = pickTextureTime(s.timing_, lattice.textureSeed, s.time_,
+                                               s.host_.timeScale(), s.host_.timeStep());
+      }
+      applyModulation(fields);
+      ParticleBase base = lattice.particleBase(modulation_.displace[0], modulation_.displace[1],
+                                               modulation_.displace[2]);
+      base.rotateX = modulation_.rotation[0];
+      base.rotateY = modulation_.rotation[1];
+      base.rotateZ = modulation_.rotation[2];
+      const float rotationZ = working_.rotationZ;
+      const float rotationX = working_.rotationX;
+      const float rotationY = working_.rotationY;
+      forEachMirrorPass(fields.kaleido, [&] { runFieldPass(lattice, base, fields); });
+      working_.rotationZ = rotationZ;
+      working_.rotationX = rotationX;
+      working_.rotationY = rotationY;
+      return true;
     }
-    if (modulation_.changesWorld()) {
-      const double center[3] = {lattice_.centerX, lattice_.centerY, lattice_.centerZ};
-      const WorldTransform world =
-          worldTransformOf(params_, center, modulation_.worldScaleAdd, modulation_.worldOffsetAdd);
-      fields.world = world.world;
-      fields.worldScale = world.scale;
-    }
-  }
 
-  // Steps 13 to 16 for one pass: field chain, early test, projection and fades, store.
-  void runFieldPass(const LatticeParticle& lattice, const ParticleBase& base,
-                    const FieldBlock& fields) {
-    Particle& p = working_;
-    const ChainParticle chain{lattice.rotationSeedX, lattice.rotationSeedY, lattice.rotationSeedZ,
-                              lattice.disperseVector};
-    if (!runFieldChain(p, base, chain, fields, fractal_, timeSeconds_)) return;
-    if (p.opacity <= 0 || p.size <= 0) return;
-    projectParticle(p, view_);
-    const bool inView = passesViewTest(p, view_);
-    applyDistanceFades(p, visibility_, view_);
-    if (!(p.screenPosition[2] > 0)) return;
-    if (motionPreview()) {
-      plotPreviewPoint<Kind>(targetInfo_, p.screenPosition[0], p.screenPosition[1], p.colorR,
-                             p.colorG, p.colorB);
-      ++previewPointCount_;
-    } else if (inView) {
-      expandParticle(sink_, expansion_, p);
+    int32_t checkAbort() override { return s_.host_.isAborted(); }
+
+   private:
+    // The maps' and reactors' results go to the particle's own copy of the field settings.
+    void applyModulation(FieldBlock& fields) {
+      fields.disperseStrength = modulation_.disperseStrength;
+      fractal_.fractalStrength = modulation_.fractalStrength;
+      for (int32_t i = 0; i < 2; ++i) {
+        fields.sphere[i].radius = modulation_.sphereRadius[i];
+        fields.sphere[i].strength = modulation_.sphereStrength[i];
+      }
+      if (modulation_.changesWorld()) {
+        const LatticeSetup& lattice = s_.lattice_;
+        const double center[3] = {lattice.centerX, lattice.centerY, lattice.centerZ};
+        const WorldTransform world = worldTransformOf(s_.params_, center, modulation_.worldScaleAdd,
+                                                      modulation_.worldOffsetAdd);
+        fields.world = world.world;
+        fields.worldScale = world.scale;
+      }
     }
-  }
+
+    // Steps 13 to 16 for one pass: field chain, early test, projection and fades, store.
+    void runFieldPass(const LatticeParticle& lattice, const ParticleBase& base,
+                      const FieldBlock& fields) {
+      const TimeSample& s = s_;
+      Particle& p = working_;
+      const ChainParticle chain{lattice.rotationSeedX, lattice.rotationSeedY, lattice.rotationSeedZ,
+                                lattice.disperseVector};
+      if (!runFieldChain(p, base, chain, fields, fractal_, s.timeSeconds_)) return;
+      if (p.opacity <= 0 || p.size <= 0) return;
+      projectParticle(p, s.view_);
+      const bool inView = passesViewTest(p, s.view_);
+      applyDistanceFades(p, s.visibility_, s.view_);
+      if (!(p.screenPosition[2] > 0)) return;
+      if (s.motionPreview()) {
+        if (previewPoints_) {
+          previewPoints_[previewPointCount_] =
+              PreviewPoint{p.screenPosition[0], p.screenPosition[1], p.colorR, p.colorG, p.colorB};
+        } else {
+          plotPreviewPoint<Kind>(s.targetInfo_, p.screenPosition[0], p.screenPosition[1], p.colorR,
+                                 p.colorG, p.colorB);
+        }
+        ++previewPointCount_;
+      } else if (inView) {
+        expandParticle(sink_, s.expansion_, p);
+      }
+    }
+
+    TimeSample& s_;
+    RecordSink sink_;
+    FractalBlock fractal_;
+    Particle working_;
+    ParticleModulation modulation_{};
+    PreviewPoint* previewPoints_;
+    int32_t previewPointCount_ = 0;
+  };
 
   // Wire spheres of the spherical fields, drawn before the particles.
   void drawFieldVisualisation() {
@@ -453,11 +621,9 @@ class TimeSample : private LatticeVisitor {
   ShadingSetup shading_{};
   LayerMapSet layerMaps_{};
   AudioReactorSet reactors_;
-  RecordSink sink_;
   QuickMapSettings quickMaps_{};
   QuickMapCurves quickCurves_{};
   ModulationStart modulationStart_{};
-  ParticleModulation modulation_{};
   TextureFacts texture_{};
   SpriteTiming timing_{};
   StreakletTemplate streaklet_{};
@@ -472,7 +638,7 @@ class TimeSample : private LatticeVisitor {
   VisibilityBlock visibility_{};
   ViewBlock view_{};
   DofSetup dof_{};
-  Particle working_{};
+  Particle workingStart_{};  // the working particle as every tail starts it
   float timeSeconds_ = 0;
   int32_t totalCount_ = 0;
   int32_t previewPointCount_ = 0;

@@ -32,6 +32,18 @@ void RandomStreams::stepPoint() {
   stepRotation();
 }
 
+void RandomStreams::advance(uint64_t rowSteps, uint64_t disperseSteps, uint64_t pointSteps) {
+  stringSeed = lcgAdvance(stringSeed, rowSteps);
+  dispersePositionX = lcgAdvance(dispersePositionX, disperseSteps);
+  dispersePositionY = lcgAdvance(dispersePositionY, disperseSteps);
+  dispersePositionZ = lcgAdvance(dispersePositionZ, disperseSteps);
+  sizeSeed = lcgAdvance(sizeSeed, pointSteps);
+  opacitySeed = lcgAdvance(opacitySeed, pointSteps);
+  rotationSeedX = lcgAdvance(rotationSeedX, pointSteps);
+  rotationSeedY = lcgAdvance(rotationSeedY, pointSteps);
+  rotationSeedZ = lcgAdvance(rotationSeedZ, pointSteps);
+}
+
 int32_t RandomStreams::setTextureSeed(int32_t truncatedRandomSeed) {
   textureSeed = mixTextureSeed(truncatedRandomSeed, dispersePositionY);
   return textureSeed;

@@ -14,6 +14,23 @@ constexpr int32_t lcgStep(int32_t s) {
   return static_cast<int32_t>((static_cast<uint32_t>(s) * 16333u - 6881u) & 0x7FFFu);
 }
 
+// n steps of the generator at once. The step is an affine map modulo 2^15, so n steps compose
+// into one affine map, built by repeated squaring: any particle's stream state can be reached
+// directly, which lets parts of a lattice be generated apart and joined in order.
+constexpr int32_t lcgAdvance(int32_t s, uint64_t n) {
+  uint32_t mul = 1, add = 0;                        // the map of the steps taken so far
+  uint32_t stepMul = 16333u, stepAdd = 0u - 6881u;  // the map of 2^k steps
+  for (; n != 0; n >>= 1) {
+    if (n & 1u) {
+      mul = mul * stepMul;
+      add = add * stepMul + stepAdd;
+    }
+    stepAdd = stepAdd * stepMul + stepAdd;
+    stepMul = stepMul * stepMul;
+  }
+  return static_cast<int32_t>((static_cast<uint32_t>(s) * mul + add) & 0x7FFFu);
+}
+
 // Conversions of a stream value (0..32767).
 inline constexpr double kUnitScale = 3.051850947599719e-05;    // 1/32767
 inline constexpr double kSignedScale = 6.103701895199438e-05;  // 1/16383.5
@@ -72,6 +89,9 @@ struct RandomStreams {
   // One point of the sphere (and the model) lattice: disperse Y, X, Z, size, opacity, rotation
   // X, Y, Z.
   void stepPoint();
+  // Every stream moved on at once: the string stream by rowSteps, the three disperse streams by
+  // disperseSteps, and size, opacity and rotation by pointSteps.
+  void advance(uint64_t rowSteps, uint64_t disperseSteps, uint64_t pointSteps);
   // The tail's texture seed from the present disperse Y value; returns the new value.
   int32_t setTextureSeed(int32_t truncatedRandomSeed);
 };

@@ -6,7 +6,10 @@
 #include <mutex>
 #include <new>
 
+#include <optional>
+
 #include <tbb/blocked_range.h>
+#include <tbb/global_control.h>
 #include <tbb/parallel_for.h>
 #include <tbb/task_arena.h>
 
@@ -24,12 +27,21 @@ struct HostMemoryBlock {
 
 namespace lattica::standalone {
 
+// The worker threads of the row iteration. A count above the scheduler's default (one thread
+// per core) lifts the process-wide limit while the host lives, so that the count asked for is
+// the count that runs.
 class StandaloneHost::RowArena {
  public:
-  explicit RowArena(int32_t threads) : arena_(threads > 0 ? threads : tbb::task_arena::automatic) {}
+  explicit RowArena(int32_t threads)
+      : limit_(threads > 0 ? std::optional<tbb::global_control>(
+                                 std::in_place, tbb::global_control::max_allowed_parallelism,
+                                 size_t(threads))
+                           : std::nullopt),
+        arena_(threads > 0 ? threads : tbb::task_arena::automatic) {}
   tbb::task_arena& arena() { return arena_; }
 
  private:
+  std::optional<tbb::global_control> limit_;
   tbb::task_arena arena_;
 };
 

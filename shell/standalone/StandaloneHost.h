@@ -34,7 +34,8 @@ struct HostSettings {
   int32_t depthClass = depth_class::k8Bit;
   bool bgra = false;
   int32_t downsample = 1;
-  int32_t threads = 0;  // 0: all cores
+  int32_t threads = 0;       // 0: all cores
+  bool rowIteration = true;  // off: the engine runs as on a host without worker threads
 };
 
 class StandaloneHost : public PluginHost_API {
@@ -121,7 +122,7 @@ class StandaloneHost : public PluginHost_API {
   void pointFrameSize(int32_t* w, int32_t* h) override;
   void compSize(int32_t* w, int32_t* h) override;
   void showInfoLine(const char* text) override;
-  bool hasRowIteration() override { return true; }
+  bool hasRowIteration() override { return settings_.rowIteration; }
   HostError iterateRows(int32_t rowCount, const RowFunction& work) override;
   // The scene's camera at the time; a camera the scene cannot give is error 1.
   HostError frameCamera(const TimeTriple& t, CameraRecord* out, bool* found) override;
