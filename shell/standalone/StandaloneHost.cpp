@@ -206,7 +206,10 @@ HostHandle StandaloneHost::newHandle(int64_t size) {
   const int64_t bytes = size < 0 ? -size : size;
   auto* block = new (std::nothrow) HostMemoryBlock;
   if (!block) return nullptr;
-  block->data.reset(new (std::nothrow) uint8_t[size_t(std::max<int64_t>(bytes, 1))]);
+  block->data = recycler_.take(bytes);
+  if (!block->data) {
+    block->data.reset(new (std::nothrow) uint8_t[size_t(std::max<int64_t>(bytes, 1))]);
+  }
   if (!block->data) {
     delete block;
     return nullptr;
@@ -225,6 +228,7 @@ void StandaloneHost::unlockHandle(HostHandle) {}
 
 void StandaloneHost::disposeHandle(HostHandle handle) {
   if (!handle) return;
+  handle->data = recycler_.keep(std::move(handle->data), handle->size);
   delete handle;
   --liveHandles_;
 }

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "GlobalRecord.h"
+#include "HandleRecycler.h"
 #include "LayerFrames.h"
 #include "ParamStore.h"
 #include "PluginHost_API.h"
@@ -176,6 +177,8 @@ class StandaloneHost : public PluginHost_API {
   const std::atomic<bool>* abortFlag_ = nullptr;
   std::atomic<int64_t> allocationsLeft_{-1};
   std::atomic<int64_t> liveHandles_{0};
+  // Blocks of 64 KiB and more are kept for reuse, up to 4 GiB.
+  HandleRecycler recycler_{int64_t(64) << 10, int64_t(4) << 30};
   std::unique_ptr<LayerFrames> frames_;
   std::vector<SceneLight> lights_;
   int32_t sourceSize_[2] = {0, 0};

@@ -413,5 +413,81 @@ TEST(SplatDepthSort, NaNDepthsGoToTheEndsBySign) {
   }
 }
 
+// ---- Chunk runs: parts of a parallel generation joined in order ----
+
+// A run over `chunks` preallocated chunks, its slot array owned by the caller.
+struct ChunkRun {
+  std::vector<SplatChunk> slots;
+  SplatChunkTable table;
+  ChunkRun(MemoryHost& host, int32_t chunks) : slots(size_t(std::max(chunks, 1))) {
+    EXPECT_EQ(prepareChunkRun(host, table, slots.data(), chunks), host_error::kNone);
+  }
+};
+
+TEST_F(SplatStoreTest, JoinedRunsKeepGenerationOrderAcrossPartialChunks) {
+  double next = 0.0;
+  const auto fill = [&](SplatChunkTable& t, int64_t n) {
+    for (int64_t i = 0; i < n; ++i) appendSplatRecord(host, t, recordAt(next++));
+  };
+  fill(table, kPerChunk + 10);
+  ChunkRun first(host, 2), second(host, 3);
+  const int64_t allocations = host.allocations();
+  fill(first.table, kPerChunk + 300);
+  fill(second.table, 2 * kPerChunk);  // ends on a chunk boundary
+  EXPECT_EQ(host.allocations(), allocations) << "filling a run asks the host for nothing";
+  closeSplatTable(first.table);
+  closeSplatTable(second.table);
+  ASSERT_EQ(reserveSplatSlots(host, table, kSlots + 8), host_error::kNone);
+
+  joinChunkRun(host, table, first.table);
+  joinChunkRun(host, table, second.table);
+  fill(table, 5);  // a part walked again on the sample's thread goes on after them
+  closeSplatTable(table);
+
+  ASSERT_EQ(storedRecordCount(table), int64_t(next));
+  std::vector<SortEntry> entries(static_cast<size_t>(next));
+  flattenSplats(table, entries.data());
+  for (size_t i = 0; i < entries.size(); ++i) {
+    ASSERT_EQ(entries[i].depth, float(i)) << "record " << i << " out of generation order";
+  }
+  EXPECT_EQ(table.status, splat_status::kGood);
+  EXPECT_TRUE(host.messages().empty());
+  freeChunkRun(host, first.table);
+  freeChunkRun(host, second.table);
+  freeSplatTable(host, table);
+  EXPECT_EQ(host.liveHandles(), 0);
+}
+
+TEST_F(SplatStoreTest, ARunThatUsesUpItsChunksSaysSoAndTakesNoMore) {
+  ChunkRun run(host, 1);
+  appendMany(host, run.table, kPerChunk);
+  EXPECT_EQ(run.table.status, splat_status::kGood);
+  appendSplatRecord(host, run.table, recordAt(1.0));
+  EXPECT_EQ(run.table.status, splat_status::kRunFull);
+  EXPECT_EQ(storedRecordCount(run.table), kPerChunk);
+  EXPECT_TRUE(host.messages().empty()) << "a full run is no overflow";
+  freeChunkRun(host, run.table);
+}
+
+TEST_F(SplatStoreTest, JoiningPastTheLimitOverflowsAtTheLimit) {
+  table.recordCount = SplatChunkTable::kRecordLimit - 10;  // as if nearly full
+  ChunkRun run(host, 1);
+  appendMany(host, run.table, 20);
+  closeSplatTable(run.table);
+  joinChunkRun(host, table, run.table);
+  EXPECT_EQ(storedRecordCount(table), SplatChunkTable::kRecordLimit);
+  EXPECT_EQ(table.status, splat_status::kOverflow);
+  EXPECT_EQ(host.messages(), std::vector<std::string>{"Particle Overflow Error"});
+  EXPECT_EQ(table.slots[0].count, 10);
+
+  ChunkRun later(host, 1);
+  appendMany(host, later.table, 3);
+  closeSplatTable(later.table);
+  joinChunkRun(host, table, later.table);
+  EXPECT_EQ(host.messages().size(), 1u);
+  freeChunkRun(host, run.table);
+  freeChunkRun(host, later.table);
+}
+
 }  // namespace
 }  // namespace lattica
