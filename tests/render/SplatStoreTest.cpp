@@ -8,6 +8,7 @@
 #include "NullHost.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cstddef>
 #include <cstdlib>
 #include <iterator>
@@ -15,6 +16,7 @@
 #include <memory>
 #include <random>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "HostTypes.h"
@@ -410,6 +412,41 @@ TEST(SplatDepthSort, NaNDepthsGoToTheEndsBySign) {
     EXPECT_EQ(entries[1].item, 7);
     EXPECT_EQ(entries[size_t(count - 1)].item, 3);
     EXPECT_EQ(entries[size_t(count - 2)].depth, -kInf);
+  }
+}
+
+// Rows of the row iteration on four threads, taken in whatever order the threads reach them.
+class ThreadedMemoryHost : public MemoryHost {
+ public:
+  bool hasRowIteration() override { return true; }
+  HostError iterateRows(int32_t rowCount, const RowFunction& work) override {
+    std::atomic<int32_t> next{0};
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 4; ++t) {
+      threads.emplace_back([&] {
+        for (int32_t row = next++; row < rowCount; row = next++) work(rowCount - 1 - row);
+      });
+    }
+    for (std::thread& thread : threads) thread.join();
+    return host_error::kNone;
+  }
+};
+
+TEST(SplatDepthSort, BlocksOnSeveralThreadsGiveTheComparisonOrder) {
+  for (int64_t count : {131072, 300001}) {
+    std::vector<SortEntry> entries = generatedEntries(count, 11);
+    std::vector<SortEntry> expected = entries;
+    std::stable_sort(expected.begin(), expected.end(), drawsBefore);
+
+    ThreadedMemoryHost host;
+    ASSERT_EQ(sortByDepth(host, entries.data(), count), host_error::kNone);
+    EXPECT_EQ(positionsOf(entries), positionsOf(expected)) << count << " entries";
+
+    // Out of generation order the entries still tie by chunk, then item.
+    std::shuffle(entries.begin(), entries.end(), std::mt19937(3));
+    ASSERT_EQ(sortByDepth(host, entries.data(), count), host_error::kNone);
+    EXPECT_EQ(positionsOf(entries), positionsOf(expected)) << count << " shuffled entries";
+    EXPECT_EQ(host.liveHandles(), 0);
   }
 }
 
