@@ -424,6 +424,7 @@ class TimeSample {
     Tail(TimeSample& sample, SplatChunkTable& table, PreviewPoint* previewPoints)
         : s_(sample),
           sink_{sample.host_, table, sample.view_, sample.shading_},
+          fields_(sample.master_),
           fractal_(sample.fractal_),
           working_(sample.workingStart_),
           previewPoints_(previewPoints) {}
@@ -448,7 +449,6 @@ class TimeSample {
         working_.normalZSign = vertex.normalZSign;
       }
       fractal_.fractalStrength = 1.0;
-      FieldBlock fields = s.master_;
       startParticle(modulation_, s.modulationStart_);
       const MapFractions fractions{lattice.fractionX, lattice.fractionY, lattice.fractionZ,
                                    lattice.radial};
@@ -472,7 +472,7 @@ class TimeSample {
         working_.textureTime = pickTextureTime(s.timing_, lattice.textureSeed, s.time_,
                                                s.host_.timeScale(), s.host_.timeStep());
       }
-      applyModulation(fields);
+      applyModulation();
       ParticleBase base = lattice.particleBase(modulation_.displace[0], modulation_.displace[1],
                                                modulation_.displace[2]);
       base.rotateX = modulation_.rotation[0];
@@ -481,7 +481,7 @@ class TimeSample {
       const float rotationZ = working_.rotationZ;
       const float rotationX = working_.rotationX;
       const float rotationY = working_.rotationY;
-      forEachMirrorPass(fields.kaleido, [&] { runFieldPass(lattice, base, fields); });
+      forEachMirrorPass(fields_.kaleido, [&] { runFieldPass(lattice, base, fields_); });
       working_.rotationZ = rotationZ;
       working_.rotationX = rotationX;
       working_.rotationY = rotationY;
@@ -491,21 +491,28 @@ class TimeSample {
     int32_t checkAbort() override { return s_.host_.isAborted(); }
 
    private:
-    // The maps' and reactors' results go to the particle's own copy of the field settings.
-    void applyModulation(FieldBlock& fields) {
-      fields.disperseStrength = modulation_.disperseStrength;
+    // The maps' and reactors' results go to the particle's own field settings: the tail's copy
+    // of the master block, of which a particle changes only these values (and the mirror pass,
+    // which every pass sets), so the copy is made once per tail and not once per particle.
+    void applyModulation() {
+      fields_.disperseStrength = modulation_.disperseStrength;
       fractal_.fractalStrength = modulation_.fractalStrength;
       for (int32_t i = 0; i < 2; ++i) {
-        fields.sphere[i].radius = modulation_.sphereRadius[i];
-        fields.sphere[i].strength = modulation_.sphereStrength[i];
+        fields_.sphere[i].radius = modulation_.sphereRadius[i];
+        fields_.sphere[i].strength = modulation_.sphereStrength[i];
       }
       if (modulation_.changesWorld()) {
         const LatticeSetup& lattice = s_.lattice_;
         const double center[3] = {lattice.centerX, lattice.centerY, lattice.centerZ};
         const WorldTransform world = worldTransformOf(s_.params_, center, modulation_.worldScaleAdd,
                                                       modulation_.worldOffsetAdd);
-        fields.world = world.world;
-        fields.worldScale = world.scale;
+        fields_.world = world.world;
+        fields_.worldScale = world.scale;
+        worldChanged_ = true;
+      } else if (worldChanged_) {
+        fields_.world = s_.master_.world;
+        fields_.worldScale = s_.master_.worldScale;
+        worldChanged_ = false;
       }
     }
 
@@ -538,6 +545,8 @@ class TimeSample {
 
     TimeSample& s_;
     RecordSink sink_;
+    FieldBlock fields_;
+    bool worldChanged_ = false;
     FractalBlock fractal_;
     Particle working_;
     ParticleModulation modulation_{};
