@@ -10,12 +10,13 @@ constexpr double kOffsetX[3] = {23.0, 312.0, 1232.0};
 constexpr double kOffsetY[3] = {4535.0, 2342.0, 234.0};
 constexpr double kOffsetZ[3] = {232.0, 453.0, 3743.0};
 
-double valueAt(const double q[3], const double offset[3], double e, const FractalBlock& block) {
+double valueAt(const double q[3], const double offset[3], const FractalEvolution& e,
+               const FractalBlock& block) {
   return FractalValue(q[0] + offset[0], q[1] + offset[1], q[2] + offset[2], e, block);
 }
 
-void displaceRadially(Particle& particle, const double q[3], double e, const FractalBlock& block,
-                      const float center[3]) {
+void displaceRadially(Particle& particle, const double q[3], const FractalEvolution& e,
+                      const FractalBlock& block, const float center[3]) {
   double* p = particle.worldPosition;
   const double dx = p[0] - center[0], dy = p[1] - center[1], dz = p[2] - center[2];
   const double r = std::sqrt(dx * dx + dy * dy + dz * dz);
@@ -67,12 +68,17 @@ bool applyFractalField(Particle& particle, const FractalBlock& block, const floa
   const double q[3] = {p[0] - block.fieldOffsetX - block.flowSumX,
                        p[1] - block.fieldOffsetY - block.flowSumY,
                        p[2] - block.fieldOffsetZ - block.flowSumZ};
-  const double e = block.evolutionSum - block.offsetEvolution;
+  // Every read of the particle is at the same evolution.
+  const FractalEvolution e = fractalEvolution(block.evolutionSum - block.offsetEvolution, block);
   constexpr double kNoOffset[3] = {0.0, 0.0, 0.0};
+
+  // Size and opacity read the value at the same point: one evaluation serves both.
+  const bool sizeOrOpacity = block.affectSize > 0 || block.affectOpacity > 0;
+  const double value = sizeOrOpacity ? valueAt(q, kNoOffset, e, block) : 0.0;
 
   particle.size = particle.baseSize;
   if (block.affectSize > 0) {
-    const double size = valueAt(q, kNoOffset, e, block) * block.affectSize + particle.baseSize;
+    const double size = value * block.affectSize + particle.baseSize;
     if (size < block.minimumSize) {
       particle.size = 0.0f;
       return false;
@@ -81,7 +87,7 @@ bool applyFractalField(Particle& particle, const FractalBlock& block, const floa
   }
 
   if (block.affectOpacity > 0) {
-    const float change = float(valueAt(q, kNoOffset, e, block) * block.affectOpacity * 10.0);
+    const float change = float(value * block.affectOpacity * 10.0);
     const float opacity = particle.opacity + change;
     particle.opacity = opacity < 0.0f ? 0.0f : (opacity > 1.0f ? 1.0f : opacity);
   }

@@ -6,6 +6,8 @@
 #include <cstdint>
 
 #include "Matrix4.h"
+#include "NoiseCell.h"
+#include "NoisePermutation.h"
 
 namespace lattica {
 
@@ -42,9 +44,6 @@ struct FractalBlock {
   double loopPeriod;
 };
 
-// Ken Perlin's reference permutation of 0..255, stored twice in a row.
-extern const int32_t kNoisePermutation[512];
-
 // One raw noise value. Coordinates must not be negative: the lattice cell is found by truncation.
 double Noise4(double x, double y, double z, double w);
 
@@ -55,5 +54,21 @@ double LoopedNoise4(double x, double y, double z, double w, double period,
 
 // The octave sum at a point, shaped (absolute, gamma, add/subtract, strength) and clamped last.
 double FractalValue(double x, double y, double z, double w, const FractalBlock& block);
+
+// The w coordinate of FractalValue worked out once for several reads at the same w. Without the
+// flow loop every octave's w is the same for all points, so its lattice cells are kept; with the
+// loop w mixes with the position and only the value is kept.
+struct FractalEvolution {
+  static constexpr int32_t kMaxKeptOctaves = 16;
+  double w;
+  bool kept;  // cells holds the first block.octaves octaves
+  AxisCell cells[kMaxKeptOctaves];
+};
+
+FractalEvolution fractalEvolution(double w, const FractalBlock& block);
+
+// FractalValue(x, y, z, w, block) for the w that evolution was made from, bit for bit.
+double FractalValue(double x, double y, double z, const FractalEvolution& evolution,
+                    const FractalBlock& block);
 
 }  // namespace lattica

@@ -70,5 +70,29 @@ TEST(FractalValue, ClampingComesLast) {
   EXPECT_EQ(seen, (std::set<double>{-0.1, 0.1}));
 }
 
+TEST(FractalValue, ReadsAtAKeptEvolutionEqualReadsAtItsW) {
+  FractalBlock b = plainBlock();
+  b.fScale = 0.01;
+  b.octaveScale = 1.7;
+  b.gamma = 0.8;
+  for (int32_t octaves : {1, 3, 16, 17}) {
+    b.octaves = octaves;
+    for (int32_t loop : {0, 1}) {
+      b.flowLoop = loop;
+      b.loopPeriod = 3.5;
+      b.loopMatrix = Matrix4::identity();
+      for (double w : {-37.25, 0.0, 1.5, 123.456}) {
+        const FractalEvolution evolution = fractalEvolution(w, b);
+        EXPECT_EQ(evolution.kept, !loop && octaves <= FractalEvolution::kMaxKeptOctaves);
+        for (const auto& p : kPoints) {
+          EXPECT_EQ(FractalValue(p[0], p[1], p[2], evolution, b),
+                    FractalValue(p[0], p[1], p[2], w, b))
+              << octaves << " octaves, loop " << loop << ", w " << w;
+        }
+      }
+    }
+  }
+}
+
 }  // namespace
 }  // namespace lattica
