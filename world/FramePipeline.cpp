@@ -1,5 +1,7 @@
 #include "FramePipeline.h"
 
+#include <algorithm>
+#include <functional>
 #include <vector>
 
 #include "AudioReact.h"
@@ -83,6 +85,9 @@ struct PreviewPoint {
 // Lattice points per part of a parallel generation, and records reserved per round of parts.
 inline constexpr int64_t kSpanParticles = 16384;
 inline constexpr int64_t kRoundRecords = int64_t(1) << 21;
+
+// Walks one part of a lattice into the given tail; returns the particles that passed.
+using SpanWalk = std::function<int64_t(const LatticeSpan&, LatticeVisitor&)>;
 
 template <typename Kind>
 class TimeSample {
@@ -268,43 +273,69 @@ class TimeSample {
   // The model lock is held over the whole generation, whatever the lattice.
   int32_t generate() {
     Model3D_CSLock modelLock;
+    if (lattice_.shape == LatticeShape::kObjModel) return generateModel();
     if (canGenerateInParts()) {
       std::vector<LatticeSpan> spans;
       if (planLatticeSpans(lattice_, kSpanParticles, spans) && spans.size() > 1) {
-        return generateInParts(spans);
+        return generateInParts(spans, [this](const LatticeSpan& span, LatticeVisitor& tail) {
+          return runLatticeSpan(lattice_, span, tail);
+        });
       }
     }
     Tail tail(*this, store_.table(), nullptr);
-    LatticeRunResult result;
-    if (lattice_.shape == LatticeShape::kObjModel) {
-      const ObjSampleModel obj = loadObjModelForSample(host_, time_, params_);
-      if (!obj.model) return obj.status;
-      const size_t bytes = objMarkerBytes(*obj.model);
-      ScopedHostArray<uint8_t> markers(host_, int64_t(bytes));
-      SequenceRecord fallback = defaultSequenceRecord();
-      void* data = host_.sequenceData();
-      SequenceRecord& sequence = data ? *static_cast<SequenceRecord*>(data) : fallback;
-      ObjLatticeInput input;
-      input.settings = makeObjLatticeSettings(params_, scalars_, host_.width(), host_.height());
-      input.model = obj.model;
-      input.latched = latchObjBounds(objBoundsLatchOf(sequence), *obj.model);
-      input.markers = markers.data();
-      input.markerBytes = markers ? bytes : 0;
-      result = runObjLattice(lattice_, input, tail);
-    } else {
-      result = runBaseLattice(lattice_, tail);
+    const LatticeRunResult result = runBaseLattice(lattice_, tail);
+    return finishWalk(result, tail.previewPointCount());
+  }
+
+  // The model lattice: the model of the sample's time, its used-vertex markers and the latched
+  // box; in parts over the list of its visits where it may.
+  int32_t generateModel() {
+    const ObjSampleModel obj = loadObjModelForSample(host_, time_, params_);
+    if (!obj.model) return obj.status;
+    const size_t bytes = objMarkerBytes(*obj.model);
+    ScopedHostArray<uint8_t> markers(host_, int64_t(bytes));
+    SequenceRecord fallback = defaultSequenceRecord();
+    void* data = host_.sequenceData();
+    SequenceRecord& sequence = data ? *static_cast<SequenceRecord*>(data) : fallback;
+    ObjLatticeInput input;
+    input.settings = makeObjLatticeSettings(params_, scalars_, host_.width(), host_.height());
+    input.model = obj.model;
+    input.latched = latchObjBounds(objBoundsLatchOf(sequence), *obj.model);
+    input.markers = markers.data();
+    input.markerBytes = markers ? bytes : 0;
+    if (canGenerateInParts()) {
+      std::vector<ObjVisit> visits;
+      collectObjVisits(input, visits);
+      std::vector<LatticeSpan> spans;
+      for (int64_t first = 0; first < int64_t(visits.size()); first += kSpanParticles) {
+        LatticeSpan span;
+        span.firstUnit = first;
+        span.endUnit = std::min<int64_t>(first + kSpanParticles, int64_t(visits.size()));
+        span.particles = span.endUnit - span.firstUnit;
+        spans.push_back(span);
+      }
+      if (spans.size() > 1) {
+        return generateInParts(spans, [&](const LatticeSpan& span, LatticeVisitor& tail) {
+          return runObjVisits(lattice_, input, visits.data(), span.firstUnit, span.endUnit, tail);
+        });
+      }
     }
+    Tail tail(*this, store_.table(), nullptr);
+    const LatticeRunResult result = runObjLattice(lattice_, input, tail);
+    return finishWalk(result, tail.previewPointCount());
+  }
+
+  int32_t finishWalk(const LatticeRunResult& result, int32_t previewPoints) {
     totalCount_ = int32_t(result.total);
-    previewPointCount_ = tail.previewPointCount();
+    previewPointCount_ = previewPoints;
     return result.status;
   }
 
   // Parts of the lattice run on the host's threads when nothing in the walk needs the host: no
   // in-panel preview (it stops at a particle count), no layer maps re-read per Z layer, and a
-  // lattice whose parts can be reached directly.
+  // lattice whose parts can be reached directly (all of them).
   bool canGenerateInParts() {
-    return !preview_.active && host_.hasRowIteration() &&
-           lattice_.shape != LatticeShape::kObjModel && !hasTimeSlicedMaps(layerMaps_);
+    return !preview_.active && host_.hasRowIteration() && !hasTimeSlicedMaps(layerMaps_);
   }
 
   // Most records one lattice point can store: one per mirror pass and member, plus its shadow.
@@ -321,7 +352,7 @@ class TimeSample {
   // Preview, its own list of points) on a worker thread, and the parts are joined in generation
   // order on this thread. A part whose run was too small is walked again here, straight into the
   // store. Abort checks come between rounds.
-  int32_t generateInParts(const std::vector<LatticeSpan>& spans) {
+  int32_t generateInParts(const std::vector<LatticeSpan>& spans, const SpanWalk& walk) {
     const int64_t perPoint = recordsPerPoint();
     const int64_t passes = mirrorPassesOf(master_.kaleido.mirrorMode).count;
     int64_t slotsNeeded = SplatChunkTable::kChunkSlots + int64_t(spans.size());
@@ -343,7 +374,7 @@ class TimeSample {
         roundPoints += motionPreview() ? spans[end].particles * passes : 0;
         ++end;
       }
-      const int32_t status = runRound(spans, first, end, roundSlots, roundPoints, total);
+      const int32_t status = runRound(spans, walk, first, end, roundSlots, roundPoints, total);
       if (status != engine_status::kGood) return status;
       first = end;
     }
@@ -351,8 +382,8 @@ class TimeSample {
     return engine_status::kGood;
   }
 
-  int32_t runRound(const std::vector<LatticeSpan>& spans, size_t first, size_t end,
-                   int64_t slotCount, int64_t pointCount, int64_t& total) {
+  int32_t runRound(const std::vector<LatticeSpan>& spans, const SpanWalk& walk, size_t first,
+                   size_t end, int64_t slotCount, int64_t pointCount, int64_t& total) {
     const size_t parts = end - first;
     const int64_t perPoint = recordsPerPoint();
     ScopedHostArray<SplatChunkTable> runs(host_, int64_t(parts));
@@ -387,7 +418,7 @@ class TimeSample {
     }
     const HostError err = host_.iterateRows(int32_t(parts), [&](int32_t i) {
       Tail tail(*this, runs.data()[i], points.data() + pointStart[size_t(i)]);
-      counts.data()[2 * i] = runLatticeSpan(lattice_, spans[first + size_t(i)], tail);
+      counts.data()[2 * i] = walk(spans[first + size_t(i)], tail);
       counts.data()[2 * i + 1] = tail.previewPointCount();
       closeSplatTable(runs.data()[i]);
       return host_error::kNone;
@@ -398,7 +429,7 @@ class TimeSample {
       SplatChunkTable& run = runs.data()[i];
       if (run.status == splat_status::kRunFull) {
         Tail tail(*this, store_.table(), nullptr);
-        total += runLatticeSpan(lattice_, spans[first + i], tail);
+        total += walk(spans[first + i], tail);
         previewPointCount_ += tail.previewPointCount();
         continue;
       }

@@ -7,6 +7,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <vector>
 
 #include "BaseLattice.h"
 #include "ObjBounds.h"
@@ -55,6 +56,22 @@ struct ObjLatticeInput {
   uint8_t* markers = nullptr;
   size_t markerBytes = 0;
 };
+
+// One particle of the model walk: a triangle's corner, and the group it was reached in.
+struct ObjVisit {
+  uint32_t triangle;
+  uint32_t group;
+  uint32_t corner;
+};
+
+// The corners the walk makes particles of, in order (the markers applied), so that any stretch
+// of the walk can run on its own: the streams before visit k have taken k point steps.
+void collectObjVisits(const ObjLatticeInput& input, std::vector<ObjVisit>& visits);
+
+// Visits [first, end) exactly as the whole walk makes them, without the abort check or the
+// preview limit. Returns the particles that passed the size/opacity test.
+int64_t runObjVisits(const LatticeSetup& setup, const ObjLatticeInput& input,
+                     const ObjVisit* visits, int64_t first, int64_t end, LatticeVisitor& visitor);
 
 // The same walk over a bundled input; no model makes no particles.
 LatticeRunResult runObjLattice(const LatticeSetup& setup, const ObjLatticeInput& input,

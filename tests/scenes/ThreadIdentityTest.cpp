@@ -6,6 +6,8 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <filesystem>
+#include <fstream>
 #include <string>
 #include <vector>
 
@@ -41,8 +43,9 @@ json sceneWith(json parameters) {
           {"effect", {{"parameters", base}}}};
 }
 
-Rendered render(const json& root, int32_t depthClass, bool rowIteration, int32_t threads) {
-  const SceneSpec scene = parseScene(root, ".");
+Rendered render(const json& root, int32_t depthClass, bool rowIteration, int32_t threads,
+                const std::filesystem::path& folder = ".") {
+  const SceneSpec scene = parseScene(root, folder);
   RecordingSink sink;
   HostSettings settings;
   settings.depthClass = depthClass;
@@ -61,14 +64,15 @@ Rendered render(const json& root, int32_t depthClass, bool rowIteration, int32_t
   return out;
 }
 
-void expectSameOnEveryThreadCount(const json& scene, int32_t depthClass) {
-  const Rendered reference = render(scene, depthClass, false, 1);
+void expectSameOnEveryThreadCount(const json& scene, int32_t depthClass,
+                                  const std::filesystem::path& folder = ".") {
+  const Rendered reference = render(scene, depthClass, false, 1, folder);
   ASSERT_EQ(reference.status, 0);
   size_t drawn = 0;
   for (uint8_t b : reference.bytes) drawn += b != 0;
   ASSERT_GT(drawn, 0u) << "the scene draws nothing";
   for (int32_t threads : {1, 2, 4, 16}) {
-    const Rendered run = render(scene, depthClass, true, threads);
+    const Rendered run = render(scene, depthClass, true, threads, folder);
     EXPECT_EQ(run.status, reference.status) << threads << " threads";
     EXPECT_EQ(run.infos, reference.infos) << threads << " threads";
     EXPECT_EQ(run.messages, reference.messages) << threads << " threads";
@@ -123,6 +127,42 @@ TEST(ThreadIdentity, EveryKindAndLatticeMatchesTheSequentialFrame) {
     SCOPED_TRACE(c.name);
     expectSameOnEveryThreadCount(sceneWith(c.parameters), depth_class::k8Bit);
   }
+}
+
+// A rippled sheet of 200 x 200 vertices, every inner vertex shared by six triangles, so the
+// used-vertex markers decide which corners become particles.
+void writeSheet(const std::filesystem::path& file) {
+  std::ofstream out(file);
+  constexpr int kSide = 200;
+  for (int y = 0; y < kSide; ++y) {
+    for (int x = 0; x < kSide; ++x) {
+      out << "v " << x << ' ' << y << ' ' << ((x * 7 + y * 3) % 11) << '\n';
+    }
+  }
+  for (int y = 0; y + 1 < kSide; ++y) {
+    for (int x = 0; x + 1 < kSide; ++x) {
+      const int a = y * kSide + x + 1;
+      out << "f " << a << ' ' << a + 1 << ' ' << a + kSide << '\n';
+      out << "f " << a + 1 << ' ' << a + kSide + 1 << ' ' << a + kSide << '\n';
+    }
+  }
+}
+
+TEST(ThreadIdentity, ModelVerticesMatchTheSequentialFrame) {
+  const std::filesystem::path folder =
+      std::filesystem::temp_directory_path() / "lattica_thread_identity";
+  std::filesystem::create_directories(folder);
+  writeSheet(folder / "sheet.obj");
+  json scene = sceneWith({{"Base Lattica/Base Lattica", "OBJ Model"},
+                          {"OBJ Settings/3D Model", "sheet"},
+                          {"Particle/Size", 2}});
+  scene["layers"]["sheet"] = {{"obj", "sheet.obj"}};
+  expectSameOnEveryThreadCount(scene, depth_class::k8Bit, folder);
+  json skipping = scene;
+  skipping["effect"]["parameters"]["OBJ Settings/Skip Vertex"] = 2;
+  skipping["effect"]["parameters"]["Rendering/Render Mode"] = "Motion Preview";
+  expectSameOnEveryThreadCount(skipping, depth_class::k8Bit, folder);
+  std::filesystem::remove_all(folder);
 }
 
 TEST(ThreadIdentity, SixteenBitAndFloatPixelsMatchTheSequentialFrame) {
