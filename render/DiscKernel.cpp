@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 namespace lattica {
 namespace {
@@ -94,81 +95,149 @@ inline void blendDiscPixel(typename Kind::Channel* px, double w, const DiscSpan&
   }
 }
 
-// The pixel loop of one row for one mode; the depth test is compiled in only where a buffer is.
+// d2 of column x on a row with the given dy2, exactly as the pixel loop computes it.
+inline double discDistanceSquared(const DiscSpan& s, int32_t x, double dy2) {
+  const double dx = double(x) - s.centerX;
+  return dx * dx * s.aspectSquared + dy2;
+}
+
+// v held to [lo, hi] and truncated; NaN gives lo.
+inline int32_t clampToColumn(double v, int32_t lo, int32_t hi) {
+  if (!(v > double(lo))) return lo;
+  if (v >= double(hi)) return hi;
+  return int32_t(v);
+}
+
+// Rows can be narrowed to the columns inside the rim only where d2 cannot be NaN: there it grows
+// monotonically (every rounding step is monotonic) with the distance from the centre column on
+// either side, so the columns the rim test keeps form one run around the centre.
+inline bool rimColumnsAreARun(const DiscSpan& s) {
+  return std::isfinite(s.centerX) && s.aspectSquared > 0.0 &&
+         s.aspectSquared < std::numeric_limits<double>::infinity();
+}
+
+// Narrower boxes test every column: finding the run costs more than it saves there.
+inline constexpr int32_t kMinRunWidth = 16;
+
+struct ColumnRun {
+  int32_t first = 0, last = 0;  // last exclusive
+};
+
+// The run of columns of [left, right) that the rim test keeps on a row. An estimate from the
+// circle's half width is corrected with the exact test, so the run is exact; the walk is a step
+// or two.
+inline ColumnRun rimColumns(const DiscSpan& s, double dy2, int32_t left, int32_t right) {
+  auto inside = [&](int32_t x) { return !(discDistanceSquared(s, x, dy2) > s.outerRadiusSquared); };
+  // The smallest d2 of the row lies on a column next to the centre.
+  int32_t seed = clampToColumn(std::floor(s.centerX), left, right - 1);
+  if (!inside(seed)) {
+    if (seed + 1 < right && double(seed) < s.centerX && inside(seed + 1)) {
+      ++seed;
+    } else {
+      return {};
+    }
+  }
+  const double halfWidth = std::sqrt((s.outerRadiusSquared - dy2) / s.aspectSquared);
+  int32_t first = clampToColumn(std::ceil(s.centerX - halfWidth), left, seed);
+  if (inside(first)) {
+    while (first > left && inside(first - 1)) --first;
+  } else {
+    while (!inside(first)) ++first;
+  }
+  int32_t last = clampToColumn(std::floor(s.centerX + halfWidth) + 1.0, seed + 1, right);
+  if (inside(last - 1)) {
+    while (last < right && inside(last)) ++last;
+  } else {
+    while (!inside(last - 1)) --last;
+  }
+  return {first, last};
+}
+
+// The pixel loop of the rows [top, bottom) and columns [left, right) of a disc for one mode; the
+// depth test is compiled in only where a buffer is.
 template <typename Kind, int Mode, bool HasDepth>
-void discRowPixels(const DiscSpan& span, int32_t y) {
+void discRowsPixels(const DiscSpan& span, const DiscBox& clip) {
   using Channel = typename Kind::Channel;
   // A private copy: stores through the channel pointer cannot alias it, so its fields stay in
-  // registers across the row.
+  // registers across the rows.
   const DiscSpan s = span;
-  auto* row = reinterpret_cast<Channel*>(static_cast<uint8_t*>(s.target->pixels) +
-                                         int64_t(y) * s.target->rowBytes);
-  const float* depthRow = nullptr;
-  if constexpr (HasDepth) depthRow = s.depthBuffer + int64_t(y) * s.depthRowWidth;
-  const double dy = double(y) - s.centerY;
-  const double dy2 = dy * dy;
-  for (int32_t x = s.left; x < s.right; ++x) {
-    if constexpr (HasDepth) {
-      if (double(depthRow[x]) < s.depth) continue;
+  const bool runs = clip.right - clip.left >= kMinRunWidth && rimColumnsAreARun(s);
+  for (int32_t y = clip.top; y < clip.bottom; ++y) {
+    auto* row = reinterpret_cast<Channel*>(static_cast<uint8_t*>(s.target->pixels) +
+                                           int64_t(y) * s.target->rowBytes);
+    const float* depthRow = nullptr;
+    if constexpr (HasDepth) depthRow = s.depthBuffer + int64_t(y) * s.depthRowWidth;
+    const double dy = double(y) - s.centerY;
+    const double dy2 = dy * dy;
+    // Either every column of the run passes the rim test, or each column takes it.
+    ColumnRun run{clip.left, clip.right};
+    if (runs) run = rimColumns(s, dy2, clip.left, clip.right);
+    for (int32_t x = run.first; x < run.last; ++x) {
+      if constexpr (HasDepth) {
+        if (double(depthRow[x]) < s.depth) continue;
+      }
+      const double d2 = discDistanceSquared(s, x, dy2);
+      if (!runs && d2 > s.outerRadiusSquared) continue;
+      double w = 1.0;
+      if (!(d2 <= s.innerRadiusSquared)) {
+        // Smoothstep of the distance from the rim; the root only in the soft ring.
+        const double u = (s.outerRadius - std::sqrt(d2)) * s.edgeScale;
+        w = (3.0 - 2.0 * u) * u * u;
+      }
+      blendDiscPixel<Kind, Mode>(row + int64_t(x) * 4, w, s);
     }
-    const double dx = double(x) - s.centerX;
-    const double d2 = dx * dx * s.aspectSquared + dy2;
-    if (d2 > s.outerRadiusSquared) continue;
-    double w = 1.0;
-    if (!(d2 <= s.innerRadiusSquared)) {
-      // Smoothstep of the distance from the rim; the root only in the soft ring.
-      const double u = (s.outerRadius - std::sqrt(d2)) * s.edgeScale;
-      w = (3.0 - 2.0 * u) * u * u;
-    }
-    blendDiscPixel<Kind, Mode>(row + int64_t(x) * 4, w, s);
   }
 }
 
 template <typename Kind, bool HasDepth>
-void discRowForMode(const DiscSpan& span, int32_t y) {
+void discRowsForMode(const DiscSpan& span, const DiscBox& clip) {
   switch (span.mode) {
     case 1:
-      discRowPixels<Kind, 1, HasDepth>(span, y);
+      discRowsPixels<Kind, 1, HasDepth>(span, clip);
       break;
     case 2:
-      discRowPixels<Kind, 2, HasDepth>(span, y);
+      discRowsPixels<Kind, 2, HasDepth>(span, clip);
       break;
     case 3:
-      discRowPixels<Kind, 3, HasDepth>(span, y);
+      discRowsPixels<Kind, 3, HasDepth>(span, clip);
       break;
     case 4:
-      discRowPixels<Kind, 4, HasDepth>(span, y);
+      discRowsPixels<Kind, 4, HasDepth>(span, clip);
       break;
     case 5:
-      discRowPixels<Kind, 5, HasDepth>(span, y);
+      discRowsPixels<Kind, 5, HasDepth>(span, clip);
       break;
     case 6:
-      discRowPixels<Kind, 6, HasDepth>(span, y);
+      discRowsPixels<Kind, 6, HasDepth>(span, clip);
       break;
     case 7:
-      discRowPixels<Kind, 7, HasDepth>(span, y);
+      discRowsPixels<Kind, 7, HasDepth>(span, clip);
       break;
     default:
       break;  // no such transfer: nothing is drawn
   }
 }
 
-// Truncation toward zero of a box edge, with the value first held to [-1, limit + 1] so that
-// huge or undefined values cannot overflow; NaN lands on -1 and empties the box.
-inline int32_t truncBoxEdge(double v, int32_t limit) {
-  const double hi = double(limit) + 1.0;
-  return int32_t(v > -1.0 ? (v < hi ? v : hi) : -1.0);
-}
-
 }  // namespace
 
 template <typename Kind>
-HostError drawDiscRow(const DiscSpan& span, int32_t y) {
+void drawDiscClipped(const DiscSpan& span, const DiscBox& clip) {
+  DiscBox rows;
+  rows.top = std::max(span.top, clip.top);
+  rows.bottom = std::min(span.bottom, clip.bottom);
+  rows.left = std::max(span.left, clip.left);
+  rows.right = std::min(span.right, clip.right);
+  if (rows.empty()) return;
   if (span.depthBuffer) {
-    discRowForMode<Kind, true>(span, y);
+    discRowsForMode<Kind, true>(span, rows);
   } else {
-    discRowForMode<Kind, false>(span, y);
+    discRowsForMode<Kind, false>(span, rows);
   }
+}
+
+template <typename Kind>
+HostError drawDiscRow(const DiscSpan& span, int32_t y) {
+  drawDiscClipped<Kind>(span, DiscBox{y, span.left, y + 1, span.right});
   return host_error::kNone;
 }
 
@@ -179,65 +248,21 @@ HostError drawDisc(PluginHost_API& host, const RasterInfo& target, double radius
                    int32_t depthRowWidth, bool allowThreads, double scale) {
   const double aspect = host.pixelAspect() * scale;
   const double invAspect = 1.0 / aspect;
-  if (radius <= 0.0) return host_error::kNone;
-  // Below two pixels a disc fades instead of shrinking further.
-  if (radius < 2.0) opacity255 *= radius * 0.5;
-  if (opacity255 < disc_constants::kMinOpacity255) return host_error::kNone;
-
-  const double R = radius + 0.5;
-  const double cx = x - 0.5;
-  const double cy = y - 0.5;
-  const int32_t left = std::max(0, truncBoxEdge(cx - 0.5 - invAspect * R, target.width));
-  const int32_t right =
-      std::min(target.width, truncBoxEdge(cx + 0.5 + invAspect * R, target.width) + 1);
-  const int32_t top = std::max(0, truncBoxEdge(cy - 0.5 - R, target.height));
-  const int32_t bottom = std::min(target.height, truncBoxEdge(cy + 0.5 + R, target.height) + 1);
-  if (left >= right || top >= bottom) return host_error::kNone;
+  DiscShape shape;
+  if (!makeDiscShape(radius, x, y, feather, opacity255, shape)) return host_error::kNone;
+  const DiscBox box = discBox(shape, invAspect, target.width, target.height);
+  if (box.empty()) return host_error::kNone;
 
   DiscSpan span;
-  if (mode == 5 || mode == 6) {
-    if (mix == 0.0) {
-      mode = 1;
-    } else if (mix == 1.0) {
-      mode -= 3;
-    } else {
-      span.mixOther = 1.0 - mix;
-    }
-  }
-  // The soft ramp is one pixel wide for the smallest discs, three from a radius of 1.5 on.
-  const double edge = std::clamp((R - 1.5) * 4.0 + 1.0, 1.0, 3.0);
-  double inner = R - R * feather - edge;
-  if (inner < 0.0) inner = 0.0;
-
-  span.target = &target;
-  span.top = top;
-  span.left = left;
-  span.bottom = bottom;
-  span.right = right;
-  span.depthBuffer = depthBuffer;
-  span.depthRowWidth = depthRowWidth;
-  span.mode = mode;
-  span.outerRadiusSquared = R * R;
-  span.innerRadiusSquared = inner * inner;
-  span.edgeScale = 1.0 / (R - inner);
-  span.outerRadius = R;
-  span.aspectSquared = aspect * aspect;
-  span.centerX = cx;
-  span.centerY = cy;
-  span.depth = depth;
-  span.opacity255 = opacity255;
-  span.colorTermRed = opacity255 * red * Kind::kColorTermScale;
-  span.colorTermGreen = opacity255 * green * Kind::kColorTermScale;
-  span.colorTermBlue = opacity255 * blue * Kind::kColorTermScale;
-  span.mix = mix;
-
-  const int32_t rows = bottom - top;
-  if (allowThreads && rows > 1 && right - left > disc_constants::kThreadMinWidth &&
+  fillDiscSpan<Kind>(span, target, shape, box, aspect, DiscPaint{red, green, blue, mode, mix},
+                     depth, depthBuffer, depthRowWidth);
+  const int32_t rows = box.bottom - box.top;
+  if (allowThreads && rows > 1 && box.right - box.left > disc_constants::kThreadMinWidth &&
       host.hasRowIteration()) {
     return host.iterateRows(
         rows, [&span](int32_t row) { return drawDiscRow<Kind>(span, span.top + row); });
   }
-  for (int32_t row = top; row < bottom; ++row) drawDiscRow<Kind>(span, row);
+  drawDiscClipped<Kind>(span, box);
   return host_error::kNone;
 }
 
@@ -245,7 +270,8 @@ HostError drawDisc(PluginHost_API& host, const RasterInfo& target, double radius
   template HostError drawDisc<Kind>(PluginHost_API&, const RasterInfo&, double, double, double, \
                                     double, double, double, double, double, double, int32_t,    \
                                     double, const float*, int32_t, bool, double);               \
-  template HostError drawDiscRow<Kind>(const DiscSpan&, int32_t);
+  template HostError drawDiscRow<Kind>(const DiscSpan&, int32_t);                               \
+  template void drawDiscClipped<Kind>(const DiscSpan&, const DiscBox&);
 LATTICA_DEFINE_DISC_KERNEL(PixelArgb8)
 LATTICA_DEFINE_DISC_KERNEL(PixelBgra8)
 LATTICA_DEFINE_DISC_KERNEL(PixelArgb16)
