@@ -26,6 +26,17 @@ int32_t bandCountFor(const RasterInfo& target) {
   return target.height > 0 ? int32_t((int64_t(target.height) + rows - 1) / rows) : 0;
 }
 
+// The shape a collected disc was made from.
+DiscShape shapeOf(const PackedDisc& disc) {
+  DiscShape shape;
+  shape.centerX = disc.centerX;
+  shape.centerY = disc.centerY;
+  shape.outerRadius = disc.outerRadius;
+  shape.innerRadius = disc.innerRadius;
+  shape.opacity255 = disc.opacity255;
+  return shape;
+}
+
 }  // namespace
 
 template <typename Kind>
@@ -54,13 +65,7 @@ bool SplatBands<Kind>::ready() const {
 
 template <typename Kind>
 DiscBox SplatBands<Kind>::boxOf(const PackedDisc& disc) const {
-  DiscShape shape;
-  shape.centerX = disc.centerX;
-  shape.centerY = disc.centerY;
-  shape.outerRadius = disc.outerRadius;
-  shape.innerRadius = disc.innerRadius;
-  shape.opacity255 = disc.opacity255;
-  return discBox(shape, invAspect_, target_.width, target_.height);
+  return discBox(shapeOf(disc), invAspect_, target_.width, target_.height);
 }
 
 template <typename Kind>
@@ -88,12 +93,7 @@ HostError SplatBands<Kind>::add(const RecordDisc& disc) {
 
 template <typename Kind>
 void SplatBands<Kind>::drawPacked(const PackedDisc& disc, const DiscBox& clip) const {
-  DiscShape shape;
-  shape.centerX = disc.centerX;
-  shape.centerY = disc.centerY;
-  shape.outerRadius = disc.outerRadius;
-  shape.innerRadius = disc.innerRadius;
-  shape.opacity255 = disc.opacity255;
+  const DiscShape shape = shapeOf(disc);
   const DiscBox box = discBox(shape, invAspect_, target_.width, target_.height);
   DiscSpan span;
   fillDiscSpan<Kind>(span, target_, shape, box, aspect_,

@@ -21,17 +21,34 @@ HostError allocateSplatTable(PluginHost_API& host, SplatChunkTable& table) {
   return host_error::kNone;
 }
 
-void freeSplatTable(PluginHost_API& host, SplatChunkTable& table) {
-  if (table.slots) {
-    for (int32_t i = 0; i < table.slotCapacity; ++i) {
-      SplatChunk& slot = table.slots[i];
-      if (slot.handle) {
-        host.unlockHandle(slot.handle);
-        host.disposeHandle(slot.handle);
-        slot = SplatChunk{};
-      }
+namespace {
+
+// Gives back every chunk of the slot array.
+void freeChunks(PluginHost_API& host, SplatChunk* slots, int32_t count) {
+  for (int32_t i = 0; i < count; ++i) {
+    SplatChunk& chunk = slots[i];
+    if (chunk.handle) {
+      host.unlockHandle(chunk.handle);
+      host.disposeHandle(chunk.handle);
     }
+    chunk = SplatChunk{};
   }
+}
+
+// One chunk of records from the host; false (and an empty chunk) when it has no memory.
+bool allocateChunk(PluginHost_API& host, SplatChunk& chunk) {
+  chunk.handle = host.newHandle(int64_t(sizeof(SplatRecord)) * SplatChunkTable::kRecordsPerChunk);
+  chunk.records = chunk.handle ? static_cast<SplatRecord*>(host.lockHandle(chunk.handle)) : nullptr;
+  if (chunk.records) return true;
+  if (chunk.handle) host.disposeHandle(chunk.handle);
+  chunk = SplatChunk{};
+  return false;
+}
+
+}  // namespace
+
+void freeSplatTable(PluginHost_API& host, SplatChunkTable& table) {
+  if (table.slots) freeChunks(host, table.slots, table.slotCapacity);
   if (table.tableHandle) {
     host.unlockHandle(table.tableHandle);
     host.disposeHandle(table.tableHandle);
@@ -65,14 +82,8 @@ HostError prepareChunkRun(PluginHost_API& host, SplatChunkTable& run, SplatChunk
   run.slotCapacity = slotCount;
   run.isRun = true;
   for (int32_t i = 0; i < slotCount; ++i) {
-    SplatChunk& chunk = slots[i];
-    chunk = SplatChunk{};
-    chunk.handle = host.newHandle(int64_t(sizeof(SplatRecord)) * SplatChunkTable::kRecordsPerChunk);
-    chunk.records =
-        chunk.handle ? static_cast<SplatRecord*>(host.lockHandle(chunk.handle)) : nullptr;
-    if (!chunk.records) {
-      if (chunk.handle) host.disposeHandle(chunk.handle);
-      chunk = SplatChunk{};
+    slots[i] = SplatChunk{};
+    if (!allocateChunk(host, slots[i])) {
       run.slotCapacity = i;
       return host_error::kOutOfMemory;
     }
@@ -81,14 +92,7 @@ HostError prepareChunkRun(PluginHost_API& host, SplatChunkTable& run, SplatChunk
 }
 
 void freeChunkRun(PluginHost_API& host, SplatChunkTable& run) {
-  for (int32_t i = 0; i < run.slotCapacity; ++i) {
-    SplatChunk& chunk = run.slots[i];
-    if (chunk.handle) {
-      host.unlockHandle(chunk.handle);
-      host.disposeHandle(chunk.handle);
-    }
-    chunk = SplatChunk{};
-  }
+  freeChunks(host, run.slots, run.slotCapacity);
   run.slotCapacity = 0;
 }
 
@@ -124,16 +128,9 @@ void appendSplatRecord(PluginHost_API& host, SplatChunkTable& table, const Splat
     return;
   }
   SplatChunk& chunk = table.slots[table.chunkIndex];
-  if (table.itemIndex == 0) {
-    chunk.handle = host.newHandle(int64_t(sizeof(SplatRecord)) * SplatChunkTable::kRecordsPerChunk);
-    chunk.records =
-        chunk.handle ? static_cast<SplatRecord*>(host.lockHandle(chunk.handle)) : nullptr;
-    if (!chunk.records) {
-      if (chunk.handle) host.disposeHandle(chunk.handle);
-      chunk = SplatChunk{};
-      table.status = splat_status::kOutOfMemory;
-      return;
-    }
+  if (table.itemIndex == 0 && !allocateChunk(host, chunk)) {
+    table.status = splat_status::kOutOfMemory;
+    return;
   }
   chunk.records[table.itemIndex] = record;
   ++table.recordCount;
