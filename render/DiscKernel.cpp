@@ -4,6 +4,9 @@
 #include <cmath>
 #include <limits>
 
+#include "DiscLanes.h"
+#include "DiscRim.h"
+
 namespace lattica {
 namespace {
 
@@ -95,64 +98,6 @@ inline void blendDiscPixel(typename Kind::Channel* px, double w, const DiscSpan&
   }
 }
 
-// d2 of column x on a row with the given dy2, exactly as the pixel loop computes it.
-inline double discDistanceSquared(const DiscSpan& s, int32_t x, double dy2) {
-  const double dx = double(x) - s.centerX;
-  return dx * dx * s.aspectSquared + dy2;
-}
-
-// v held to [lo, hi] and truncated; NaN gives lo.
-inline int32_t clampToColumn(double v, int32_t lo, int32_t hi) {
-  if (!(v > double(lo))) return lo;
-  if (v >= double(hi)) return hi;
-  return int32_t(v);
-}
-
-// Rows can be narrowed to the columns inside the rim only where d2 cannot be NaN: there it grows
-// monotonically (every rounding step is monotonic) with the distance from the centre column on
-// either side, so the columns the rim test keeps form one run around the centre.
-inline bool rimColumnsAreARun(const DiscSpan& s) {
-  return std::isfinite(s.centerX) && s.aspectSquared > 0.0 &&
-         s.aspectSquared < std::numeric_limits<double>::infinity();
-}
-
-// Narrower boxes test every column: finding the run costs more than it saves there.
-inline constexpr int32_t kMinRunWidth = 16;
-
-struct ColumnRun {
-  int32_t first = 0, last = 0;  // last exclusive
-};
-
-// The run of columns of [left, right) that the rim test keeps on a row. An estimate from the
-// circle's half width is corrected with the exact test, so the run is exact; the walk is a step
-// or two.
-inline ColumnRun rimColumns(const DiscSpan& s, double dy2, int32_t left, int32_t right) {
-  auto inside = [&](int32_t x) { return !(discDistanceSquared(s, x, dy2) > s.outerRadiusSquared); };
-  // The smallest d2 of the row lies on a column next to the centre.
-  int32_t seed = clampToColumn(std::floor(s.centerX), left, right - 1);
-  if (!inside(seed)) {
-    if (seed + 1 < right && double(seed) < s.centerX && inside(seed + 1)) {
-      ++seed;
-    } else {
-      return {};
-    }
-  }
-  const double halfWidth = std::sqrt((s.outerRadiusSquared - dy2) / s.aspectSquared);
-  int32_t first = clampToColumn(std::ceil(s.centerX - halfWidth), left, seed);
-  if (inside(first)) {
-    while (first > left && inside(first - 1)) --first;
-  } else {
-    while (!inside(first)) ++first;
-  }
-  int32_t last = clampToColumn(std::floor(s.centerX + halfWidth) + 1.0, seed + 1, right);
-  if (inside(last - 1)) {
-    while (last < right && inside(last)) ++last;
-  } else {
-    while (!inside(last - 1)) --last;
-  }
-  return {first, last};
-}
-
 // The pixel loop of the rows [top, bottom) and columns [left, right) of a disc for one mode; the
 // depth test is compiled in only where a buffer is.
 template <typename Kind, int Mode, bool HasDepth>
@@ -189,39 +134,48 @@ void discRowsPixels(const DiscSpan& span, const DiscBox& clip) {
   }
 }
 
+// The rows of one mode, four columns at a time where the processor can and lanes allows it.
+template <typename Kind, int Mode, bool HasDepth>
+void discRows(const DiscSpan& span, const DiscBox& clip, bool lanes) {
+  if (lanes) {
+    discRowsLanes<Kind, Mode, HasDepth>(span, clip);
+  } else {
+    discRowsPixels<Kind, Mode, HasDepth>(span, clip);
+  }
+}
+
 template <typename Kind, bool HasDepth>
-void discRowsForMode(const DiscSpan& span, const DiscBox& clip) {
+void discRowsForMode(const DiscSpan& span, const DiscBox& clip, bool lanes) {
   switch (span.mode) {
     case 1:
-      discRowsPixels<Kind, 1, HasDepth>(span, clip);
+      discRows<Kind, 1, HasDepth>(span, clip, lanes);
       break;
     case 2:
-      discRowsPixels<Kind, 2, HasDepth>(span, clip);
+      discRows<Kind, 2, HasDepth>(span, clip, lanes);
       break;
     case 3:
-      discRowsPixels<Kind, 3, HasDepth>(span, clip);
+      discRows<Kind, 3, HasDepth>(span, clip, lanes);
       break;
     case 4:
-      discRowsPixels<Kind, 4, HasDepth>(span, clip);
+      discRows<Kind, 4, HasDepth>(span, clip, lanes);
       break;
     case 5:
-      discRowsPixels<Kind, 5, HasDepth>(span, clip);
+      discRows<Kind, 5, HasDepth>(span, clip, lanes);
       break;
     case 6:
-      discRowsPixels<Kind, 6, HasDepth>(span, clip);
+      discRows<Kind, 6, HasDepth>(span, clip, lanes);
       break;
     case 7:
-      discRowsPixels<Kind, 7, HasDepth>(span, clip);
+      discRows<Kind, 7, HasDepth>(span, clip, lanes);
       break;
     default:
       break;  // no such transfer: nothing is drawn
   }
 }
 
-}  // namespace
-
+// The rows of span inside clip, with the four-column rows or pixel by pixel.
 template <typename Kind>
-void drawDiscClipped(const DiscSpan& span, const DiscBox& clip) {
+void drawDiscRows(const DiscSpan& span, const DiscBox& clip, bool lanes) {
   DiscBox rows;
   rows.top = std::max(span.top, clip.top);
   rows.bottom = std::min(span.bottom, clip.bottom);
@@ -229,10 +183,22 @@ void drawDiscClipped(const DiscSpan& span, const DiscBox& clip) {
   rows.right = std::min(span.right, clip.right);
   if (rows.empty()) return;
   if (span.depthBuffer) {
-    discRowsForMode<Kind, true>(span, rows);
+    discRowsForMode<Kind, true>(span, rows, lanes);
   } else {
-    discRowsForMode<Kind, false>(span, rows);
+    discRowsForMode<Kind, false>(span, rows, lanes);
   }
+}
+
+}  // namespace
+
+template <typename Kind>
+void drawDiscClipped(const DiscSpan& span, const DiscBox& clip) {
+  drawDiscRows<Kind>(span, clip, discLanesSupported());
+}
+
+template <typename Kind>
+void drawDiscClippedScalar(const DiscSpan& span, const DiscBox& clip) {
+  drawDiscRows<Kind>(span, clip, false);
 }
 
 template <typename Kind>
@@ -271,7 +237,8 @@ HostError drawDisc(PluginHost_API& host, const RasterInfo& target, double radius
                                     double, double, double, double, double, double, int32_t,    \
                                     double, const float*, int32_t, bool, double);               \
   template HostError drawDiscRow<Kind>(const DiscSpan&, int32_t);                               \
-  template void drawDiscClipped<Kind>(const DiscSpan&, const DiscBox&);
+  template void drawDiscClipped<Kind>(const DiscSpan&, const DiscBox&);                         \
+  template void drawDiscClippedScalar<Kind>(const DiscSpan&, const DiscBox&);
 LATTICA_DEFINE_DISC_KERNEL(PixelArgb8)
 LATTICA_DEFINE_DISC_KERNEL(PixelBgra8)
 LATTICA_DEFINE_DISC_KERNEL(PixelArgb16)

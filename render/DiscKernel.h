@@ -42,12 +42,18 @@ HostError drawDiscRow(const DiscSpan& span, int32_t y);
 template <typename Kind>
 void drawDiscClipped(const DiscSpan& span, const DiscBox& clip);
 
+// The same, one pixel at a time whatever the processor: the reference the four-column rows are
+// held to.
+template <typename Kind>
+void drawDiscClippedScalar(const DiscSpan& span, const DiscBox& clip);
+
 #define LATTICA_DECLARE_DISC_KERNEL(Kind)                                                          \
   extern template HostError drawDisc<Kind>(PluginHost_API&, const RasterInfo&, double, double,     \
                                            double, double, double, double, double, double, double, \
                                            int32_t, double, const float*, int32_t, bool, double);  \
   extern template HostError drawDiscRow<Kind>(const DiscSpan&, int32_t);                           \
-  extern template void drawDiscClipped<Kind>(const DiscSpan&, const DiscBox&);
+  extern template void drawDiscClipped<Kind>(const DiscSpan&, const DiscBox&);                     \
+  extern template void drawDiscClippedScalar<Kind>(const DiscSpan&, const DiscBox&);
 LATTICA_DECLARE_DISC_KERNEL(PixelArgb8)
 LATTICA_DECLARE_DISC_KERNEL(PixelBgra8)
 LATTICA_DECLARE_DISC_KERNEL(PixelArgb16)

@@ -68,23 +68,39 @@ DiscBox SplatBands<Kind>::boxOf(const PackedDisc& disc) const {
   return discBox(shapeOf(disc), invAspect_, target_.width, target_.height);
 }
 
-template <typename Kind>
-HostError SplatBands<Kind>::add(const RecordDisc& disc) {
+bool prepareDisc(const RecordDisc& disc, double invAspect, int32_t width, int32_t height,
+                 PreparedDisc& out) {
   DiscShape shape;
   if (!makeDiscShape(disc.radius, disc.x, disc.y, disc.feather, disc.opacity255, shape)) {
+    return false;
+  }
+  out.box = discBox(shape, invAspect, width, height);
+  if (out.box.empty()) return false;
+  out.disc = PackedDisc{shape.centerX,    shape.centerY, shape.outerRadius, shape.innerRadius,
+                        shape.opacity255, disc.red,      disc.green,        disc.blue,
+                        disc.mix,         disc.mode};
+  return true;
+}
+
+template <typename Kind>
+HostError SplatBands<Kind>::add(const RecordDisc& disc) {
+  PreparedDisc prepared;
+  if (!prepareDisc(disc, invAspect_, target_.width, target_.height, prepared)) {
     return host_error::kNone;
   }
-  const DiscBox box = discBox(shape, invAspect_, target_.width, target_.height);
-  if (box.empty()) return host_error::kNone;
+  return addPrepared(prepared);
+}
+
+template <typename Kind>
+HostError SplatBands<Kind>::addPrepared(const PreparedDisc& prepared) {
+  const DiscBox& box = prepared.box;
   const int32_t firstBand = box.top / bandRows_;
   const int32_t lastBand = (box.bottom - 1) / bandRows_;
   const int64_t bands = int64_t(lastBand) - firstBand + 1;
   if (discCount_ == discCapacity_ || entryCount_ + bands > entryCapacity_) {
     if (const HostError err = flush()) return err;
   }
-  discs_.data()[discCount_++] = PackedDisc{
-      shape.centerX, shape.centerY, shape.outerRadius, shape.innerRadius, shape.opacity255,
-      disc.red,      disc.green,    disc.blue,         disc.mix,          disc.mode};
+  discs_.data()[discCount_++] = prepared.disc;
   int64_t* counts = bandCounts_.data();
   for (int32_t band = firstBand; band <= lastBand; ++band) ++counts[band];
   entryCount_ += bands;

@@ -22,6 +22,17 @@ struct PackedDisc {
   int32_t mode;
 };
 
+// A collected disc with its box clipped to the target.
+struct PreparedDisc {
+  PackedDisc disc;
+  DiscBox box;
+};
+
+// The collected form of a record's disc, a pure step: false when the disc draws nothing (no
+// radius, too faint, or wholly off a width x height target). invAspect is 1 / pixel aspect.
+bool prepareDisc(const RecordDisc& disc, double invAspect, int32_t width, int32_t height,
+                 PreparedDisc& out);
+
 template <typename Kind>
 class SplatBands {
  public:
@@ -42,6 +53,9 @@ class SplatBands {
 
   // Collects one disc; a full batch is drawn first. Returns the row iteration's error.
   HostError add(const RecordDisc& disc);
+  // The same for a disc prepared with this target's size and the host's pixel aspect.
+  HostError addPrepared(const PreparedDisc& prepared);
+  double invAspect() const { return invAspect_; }
   // Draws every pending disc. Returns the row iteration's error.
   HostError flush();
 

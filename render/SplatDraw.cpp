@@ -1,5 +1,6 @@
 #include "SplatDraw.h"
 
+#include <algorithm>
 #include <optional>
 
 #include "DiscKernel.h"
@@ -160,6 +161,91 @@ HostError collectDiscs(SplatBands<Kind>& bands, const RecordDisc* discs, int32_t
   return host_error::kNone;
 }
 
+// What one record draws, worked out ahead of the drawing loop: its discs ready for the bands,
+// or -1 for a record drawn on its own.
+struct PreparedRecord {
+  int32_t discCount;
+  PreparedDisc discs[2];
+};
+
+// Records prepared at once on the host's threads, and per row of that iteration.
+inline constexpr int64_t kWindowRecords = 16384;
+inline constexpr int64_t kWindowBlockRecords = 1024;
+
+// Prepares the records order[first, end) into out[first, end). A pure step: it reads records
+// and settings only, so blocks of it can run on any thread.
+void prepareRecords(const SplatChunkTable& table, const SortEntry* order, int64_t first,
+                    int64_t end, const SplatDrawSettings& settings, double invAspect,
+                    const RasterInfo& target, PreparedRecord* out) {
+  for (int64_t k = first; k < end; ++k) {
+    if (k + kRecordPrefetchDistance < end) {
+      const SortEntry& ahead = order[k + kRecordPrefetchDistance];
+      const SplatRecord& next = splatAt(table, ahead.chunk, ahead.item);
+      __builtin_prefetch(&next.screenX);
+      __builtin_prefetch(&next.size);
+    }
+    const SplatRecord& record = splatAt(table, order[k].chunk, order[k].item);
+    RecordDisc discs[2];
+    const int32_t discCount = roundRecordDiscs(record, settings, discs);
+    PreparedRecord& prepared = out[k];
+    if (discCount == 0) {
+      prepared.discCount = -1;
+      continue;
+    }
+    prepared.discCount = 0;
+    for (int32_t d = 0; d < discCount; ++d) {
+      if (prepareDisc(discs[d], invAspect, target.width, target.height,
+                      prepared.discs[prepared.discCount])) {
+        ++prepared.discCount;
+      }
+    }
+  }
+}
+
+// The drawing loop with bands: each window of records is prepared on the host's threads, then
+// walked in order on the calling thread, which hands the discs to the bands and draws any other
+// record on its own once the discs before it are drawn.
+template <typename Kind>
+int32_t renderSplatsInBands(const TexturedContext& textured, const StarGlow& glow,
+                            const SplatChunkTable& table, const SortEntry* order, int64_t count,
+                            SplatBands<Kind>& bands, PreparedRecord* window) {
+  PluginHost_API& host = textured.host;
+  for (int64_t start = 0; start < count; start += kWindowRecords) {
+    const int64_t size = std::min(kWindowRecords, count - start);
+    const SortEntry* windowOrder = order + start;
+    const auto prepareBlock = [&](int32_t block) {
+      const int64_t first = int64_t(block) * kWindowBlockRecords;
+      prepareRecords(table, windowOrder, first, std::min(size, first + kWindowBlockRecords),
+                     textured.settings, bands.invAspect(), textured.target, window);
+      return host_error::kNone;
+    };
+    const int32_t blocks = int32_t((size + kWindowBlockRecords - 1) / kWindowBlockRecords);
+    if (const HostError err = host.iterateRows(blocks, prepareBlock)) return err;
+    for (int64_t k = 0; k < size; ++k) {
+      if (((start + k) & kAbortCheckMask) == 0) {
+        if (const HostError abort = host.isAborted()) {
+          if (const HostError err = bands.flush()) return err;
+          return abort;
+        }
+      }
+      const PreparedRecord& prepared = window[k];
+      HostError err = host_error::kNone;
+      if (prepared.discCount >= 0) {
+        for (int32_t d = 0; d < prepared.discCount && err == host_error::kNone; ++d) {
+          err = bands.addPrepared(prepared.discs[d]);
+        }
+      } else {
+        err = bands.flush();
+        if (err == host_error::kNone) {
+          err = drawOtherRecord<Kind>(textured, glow, table, windowOrder[k]);
+        }
+      }
+      if (err != host_error::kNone) return err;
+    }
+  }
+  return bands.flush();
+}
+
 }  // namespace
 
 template <typename Kind>
@@ -181,6 +267,12 @@ int32_t renderSplats(PluginHost_API& host, const RasterInfo& target, const Splat
   if (count > 0 && !settings.previewActive && settings.allowThreads && host.hasRowIteration()) {
     bands.emplace(host, target, 2 * count, settings.allowThreads);
     if (!bands->ready()) bands.reset();
+  }
+  if (bands) {
+    ScopedHostArray<PreparedRecord> window(host, std::min(count, kWindowRecords));
+    if (window) {
+      return renderSplatsInBands<Kind>(textured, glow, table, order, count, *bands, window.data());
+    }
   }
   RecordDisc discs[2];
   for (int64_t i = 0; i < count; ++i) {

@@ -186,15 +186,55 @@ int64_t storedRecordCount(const SplatChunkTable& table) {
   return table.recordCount;
 }
 
+namespace {
+
+// Chunks that hold records: up to the one being filled.
+int32_t filledChunkCount(const SplatChunkTable& table) {
+  return std::min(table.chunkIndex, table.slotCapacity - 1) + 1;
+}
+
+void flattenChunk(const SplatChunkTable& table, int32_t c, SortEntry* entries) {
+  const SplatChunk& chunk = table.slots[c];
+  for (int32_t i = 0; i < chunk.count; ++i) {
+    entries[i] = SortEntry{c, i, float(chunk.records[i].depth)};
+  }
+}
+
+// Fewer records than this are flattened on the calling thread.
+constexpr int64_t kParallelFlattenMinimum = 65536;
+
+}  // namespace
+
 void flattenSplats(const SplatChunkTable& table, SortEntry* entries) {
   int64_t n = 0;
-  const int32_t lastChunk = std::min(table.chunkIndex, table.slotCapacity - 1);
-  for (int32_t c = 0; c <= lastChunk; ++c) {
-    const SplatChunk& chunk = table.slots[c];
-    for (int32_t i = 0; i < chunk.count; ++i) {
-      entries[n++] = SortEntry{c, i, float(chunk.records[i].depth)};
-    }
+  const int32_t chunks = filledChunkCount(table);
+  for (int32_t c = 0; c < chunks; ++c) {
+    flattenChunk(table, c, entries + n);
+    n += table.slots[c].count;
   }
+}
+
+HostError flattenSplats(PluginHost_API& host, const SplatChunkTable& table, SortEntry* entries) {
+  const int32_t chunks = filledChunkCount(table);
+  if (!host.hasRowIteration() || storedRecordCount(table) < kParallelFlattenMinimum) {
+    flattenSplats(table, entries);
+    return host_error::kNone;
+  }
+  ScopedHostArray<int64_t> starts(host, chunks);
+  if (!starts) {
+    flattenSplats(table, entries);
+    return host_error::kNone;
+  }
+  int64_t n = 0;
+  for (int32_t c = 0; c < chunks; ++c) {
+    starts.data()[c] = n;
+    n += table.slots[c].count;
+  }
+  const int64_t* first = starts.data();
+  return host.iterateRows(chunks, [&table, entries, first](int32_t c) {
+    flattenChunk(table, c, entries + first[c]);
+    return host_error::kNone;
+  });
 }
 
 }  // namespace lattica

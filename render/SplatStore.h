@@ -114,6 +114,8 @@ struct SortEntry {
 
 // Fills entries (storedRecordCount of them) in generation order.
 void flattenSplats(const SplatChunkTable& table, SortEntry* entries);
+// The same, chunks spread over the host's row iteration where it has one. Returns its error.
+HostError flattenSplats(PluginHost_API& host, const SplatChunkTable& table, SortEntry* entries);
 
 // Far first; equal depths by chunk, then item, ascending.
 bool drawsBefore(const SortEntry& a, const SortEntry& b);

@@ -620,7 +620,7 @@ class TimeSample {
     }
     ScopedHostArray<SortEntry> order(host_, count);
     if (!order) return engine_status::kOutOfMemory;
-    flattenSplats(table, order.data());
+    if (const HostError err = flattenSplats(host_, table, order.data())) return err;
     const uint32_t transfer = params_.particleTransferMode + 1;
     if (transfer == splat_transfer::kNormal || transfer == splat_transfer::kLighten) {
       if (const HostError sorted = sortByDepth(host_, order.data(), count)) return sorted;

@@ -237,6 +237,26 @@ TEST(SplatBands, FewDiscsAndOtherKindsKeepTheOrder) {
   EXPECT_TRUE(banded == expected);
 }
 
+TEST(SplatBands, OtherKindsAtTheEdgesOfPreparedWindowsKeepTheOrder) {
+  // Records are prepared in windows of 16384: other kinds at a window's last and first places,
+  // and inside a later window, split the lists there and nowhere else.
+  RecordList list = randomRoundRecords(40000, 90, 160, 6.0, 17);
+  for (int32_t i : {0, 16383, 16384, 30001, 39999}) list.records[size_t(i)].kind = 4;
+  list.records[20000].kind = textured_kind::kSprite;
+  list.finish();
+  const SplatDrawSettings settings = glowAndDofSettings();
+  ThreadedHost plain;
+  Target<PixelArgbFloat> expected(90, 160, 6);
+  drawOneByOne<PixelArgbFloat>(plain, expected.info, list, list.count(), settings);
+  ThreadedHost host;
+  host.threads = 3;
+  Target<PixelArgbFloat> banded(90, 160, 6);
+  EXPECT_EQ(renderSplats<PixelArgbFloat>(host, banded.info, list.table, list.order.data(),
+                                         list.count(), settings),
+            engine_status::kGood);
+  EXPECT_TRUE(banded == expected);
+}
+
 TEST(SplatBands, AbortDrawsWhatCameBeforeAndAsksAsOftenAsTheLoop) {
   RecordList list = randomRoundRecords(3000, 100, 100, 12.0, 21);
   list.finish();

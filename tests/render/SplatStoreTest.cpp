@@ -450,6 +450,40 @@ TEST(SplatDepthSort, BlocksOnSeveralThreadsGiveTheComparisonOrder) {
   }
 }
 
+TEST(SplatFlatten, ChunksOnSeveralThreadsGiveTheGenerationOrder) {
+  // A joined run leaves a partly filled chunk in the middle of the table.
+  ThreadedMemoryHost host;
+  SplatChunkTable table;
+  ASSERT_EQ(allocateSplatTable(host, table), host_error::kNone);
+  double next = 0.0;
+  for (int32_t i = 0; i < 40 * kPerChunk + 17; ++i) {
+    appendSplatRecord(host, table, recordAt(next++));
+  }
+  SplatChunk runSlots[2];
+  SplatChunkTable run;
+  ASSERT_EQ(prepareChunkRun(host, run, runSlots, 2), host_error::kNone);
+  for (int32_t i = 0; i < 300; ++i) appendSplatRecord(host, run, recordAt(next++));
+  closeSplatTable(run);
+  ASSERT_EQ(reserveSplatSlots(host, table, kSlots + 8), host_error::kNone);
+  joinChunkRun(host, table, run);
+  for (int32_t i = 0; i < 30 * kPerChunk; ++i) appendSplatRecord(host, table, recordAt(next++));
+  closeSplatTable(table);
+
+  std::vector<SortEntry> entries(size_t(storedRecordCount(table)));
+  ASSERT_GE(entries.size(), size_t(65536)) << "enough records to spread";
+  ASSERT_EQ(flattenSplats(host, table, entries.data()), host_error::kNone);
+  std::vector<SortEntry> expected(entries.size());
+  flattenSplats(table, expected.data());
+  for (size_t i = 0; i < entries.size(); ++i) {
+    ASSERT_EQ(entries[i].depth, float(i)) << "record " << i;
+    ASSERT_EQ(entries[i].chunk, expected[i].chunk) << "record " << i;
+    ASSERT_EQ(entries[i].item, expected[i].item) << "record " << i;
+  }
+  freeChunkRun(host, run);
+  freeSplatTable(host, table);
+  EXPECT_EQ(host.liveHandles(), 0);
+}
+
 // ---- Chunk runs: parts of a parallel generation joined in order ----
 
 // A run over `chunks` preallocated chunks, its slot array owned by the caller.
