@@ -108,16 +108,12 @@ void discRowsPixels(const DiscSpan& span, const DiscBox& clip) {
   const DiscSpan s = span;
   const bool runs = clip.right - clip.left >= kMinRunWidth && rimColumnsAreARun(s);
   for (int32_t y = clip.top; y < clip.bottom; ++y) {
-    auto* row = reinterpret_cast<Channel*>(static_cast<uint8_t*>(s.target->pixels) +
-                                           int64_t(y) * s.target->rowBytes);
-    const float* depthRow = nullptr;
-    if constexpr (HasDepth) depthRow = s.depthBuffer + int64_t(y) * s.depthRowWidth;
-    const double dy = double(y) - s.centerY;
-    const double dy2 = dy * dy;
     // Either every column of the run passes the rim test, or each column takes it.
-    ColumnRun run{clip.left, clip.right};
-    if (runs) run = rimColumns(s, dy2, clip.left, clip.right);
-    for (int32_t x = run.first; x < run.last; ++x) {
+    const DiscRowPlace<Channel> place = discRowPlace<Channel>(s, y, clip, runs);
+    Channel* row = place.pixels;
+    const float* depthRow = place.depths;
+    const double dy2 = place.dy2;
+    for (int32_t x = place.columns.first; x < place.columns.last; ++x) {
       if constexpr (HasDepth) {
         if (double(depthRow[x]) < s.depth) continue;
       }

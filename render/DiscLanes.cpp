@@ -277,14 +277,11 @@ void discRowsLanes(const DiscSpan& span, const DiscBox& rows) {
   const Lanes steps = {0.0, 1.0, 2.0, 3.0};
   const Lanes lane = steps;
   for (int32_t y = rows.top; y < rows.bottom; ++y) {
-    auto* row = reinterpret_cast<Channel*>(static_cast<uint8_t*>(s.target->pixels) +
-                                           int64_t(y) * s.target->rowBytes);
-    const float* depthRow = nullptr;
-    if constexpr (HasDepth) depthRow = s.depthBuffer + int64_t(y) * s.depthRowWidth;
-    const double dy = double(y) - s.centerY;
-    const double dy2 = dy * dy;
-    ColumnRun run{rows.left, rows.right};
-    if (runs) run = rimColumns(s, dy2, rows.left, rows.right);
+    const DiscRowPlace<Channel> place = discRowPlace<Channel>(s, y, rows, runs);
+    Channel* row = place.pixels;
+    const float* depthRow = place.depths;
+    const double dy2 = place.dy2;
+    const ColumnRun run = place.columns;
     for (int32_t x = run.first; x < run.last; x += kLanes) {
       const int32_t count = std::min(kLanes, run.last - x);
       const Lanes dx = (double(x) + steps) - s.centerX;

@@ -7,6 +7,7 @@
 #include <limits>
 
 #include "DiscSetup.h"
+#include "RasterInfo.h"
 
 namespace lattica {
 
@@ -66,6 +67,31 @@ inline ColumnRun rimColumns(const DiscSpan& s, double dy2, int32_t left, int32_t
     while (!inside(last - 1)) --last;
   }
   return {first, last};
+}
+
+// Where row y of a disc is drawn: its pixels, its depth values (null without a buffer), dy
+// squared, and the columns to visit (the rim's run where runs holds, else every column of the
+// clip, each to take the rim test).
+template <typename Channel>
+struct DiscRowPlace {
+  Channel* pixels;
+  const float* depths;
+  double dy2;
+  ColumnRun columns;
+};
+
+template <typename Channel>
+inline DiscRowPlace<Channel> discRowPlace(const DiscSpan& s, int32_t y, const DiscBox& clip,
+                                          bool runs) {
+  DiscRowPlace<Channel> place;
+  place.pixels = reinterpret_cast<Channel*>(static_cast<uint8_t*>(s.target->pixels) +
+                                            int64_t(y) * s.target->rowBytes);
+  place.depths = s.depthBuffer ? s.depthBuffer + int64_t(y) * s.depthRowWidth : nullptr;
+  const double dy = double(y) - s.centerY;
+  place.dy2 = dy * dy;
+  place.columns =
+      runs ? rimColumns(s, place.dy2, clip.left, clip.right) : ColumnRun{clip.left, clip.right};
+  return place;
 }
 
 }  // namespace lattica

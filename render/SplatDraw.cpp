@@ -21,6 +21,18 @@ inline constexpr int64_t kRecordPrefetchDistance = 16;
 // Abort checks are host round trips: one per 1024 entries.
 inline constexpr int64_t kAbortCheckMask = 1023;
 
+// Records are visited in depth order, at random in memory: asks early for the two cache lines a
+// round record is read from (position and depth; size, paint and kind), some places ahead of
+// entry i of order[..end).
+inline void prefetchRecordAhead(const SplatChunkTable& table, const SortEntry* order, int64_t i,
+                                int64_t end) {
+  if (i + kRecordPrefetchDistance >= end) return;
+  const SortEntry& ahead = order[i + kRecordPrefetchDistance];
+  const SplatRecord& next = splatAt(table, ahead.chunk, ahead.item);
+  __builtin_prefetch(&next.screenX);
+  __builtin_prefetch(&next.size);
+}
+
 // What the textured kinds share within one drawing loop.
 struct TexturedContext {
   PluginHost_API& host;
@@ -178,12 +190,7 @@ void prepareRecords(const SplatChunkTable& table, const SortEntry* order, int64_
                     int64_t end, const SplatDrawSettings& settings, double invAspect,
                     const RasterInfo& target, PreparedRecord* out) {
   for (int64_t k = first; k < end; ++k) {
-    if (k + kRecordPrefetchDistance < end) {
-      const SortEntry& ahead = order[k + kRecordPrefetchDistance];
-      const SplatRecord& next = splatAt(table, ahead.chunk, ahead.item);
-      __builtin_prefetch(&next.screenX);
-      __builtin_prefetch(&next.size);
-    }
+    prefetchRecordAhead(table, order, k, end);
     const SplatRecord& record = splatAt(table, order[k].chunk, order[k].item);
     RecordDisc discs[2];
     const int32_t discCount = roundRecordDiscs(record, settings, discs);
@@ -286,14 +293,7 @@ int32_t renderSplats(PluginHost_API& host, const RasterInfo& target, const Splat
         return abort;
       }
     }
-    if (i + kRecordPrefetchDistance < count) {
-      // Records are visited in depth order, at random in memory: ask early for the two cache
-      // lines a round record is read from (position and depth; size, paint and kind).
-      const SortEntry& ahead = order[i + kRecordPrefetchDistance];
-      const SplatRecord& next = splatAt(table, ahead.chunk, ahead.item);
-      __builtin_prefetch(&next.screenX);
-      __builtin_prefetch(&next.size);
-    }
+    prefetchRecordAhead(table, order, i, count);
     const SplatRecord& record = splatAt(table, order[i].chunk, order[i].item);
     const int32_t discCount = roundRecordDiscs(record, settings, discs);
     HostError err = host_error::kNone;
