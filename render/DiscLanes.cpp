@@ -275,7 +275,6 @@ void discRowsLanes(const DiscSpan& span, const DiscBox& rows) {
   const DiscSpan s = span;
   const bool runs = rows.right - rows.left >= kMinRunWidth && rimColumnsAreARun(s);
   const Lanes steps = {0.0, 1.0, 2.0, 3.0};
-  const Lanes lane = steps;
   for (int32_t y = rows.top; y < rows.bottom; ++y) {
     const DiscRowPlace<Channel> place = discRowPlace<Channel>(s, y, rows, runs);
     Channel* row = place.pixels;
@@ -286,7 +285,7 @@ void discRowsLanes(const DiscSpan& span, const DiscBox& rows) {
       const int32_t count = std::min(kLanes, run.last - x);
       const Lanes dx = (double(x) + steps) - s.centerX;
       const Lanes d2 = dx * dx * s.aspectSquared + dy2;
-      LaneMask drawn = (lane < double(count)) & ((d2 > s.outerRadiusSquared) == 0);
+      LaneMask drawn = (steps < double(count)) & ((d2 > s.outerRadiusSquared) == 0);
       if constexpr (HasDepth) {
         float stored[4] = {};
         std::memcpy(stored, depthRow + x, sizeof(float) * size_t(count));

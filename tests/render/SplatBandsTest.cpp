@@ -215,6 +215,23 @@ TEST(SplatBands, DiscsSpanningManyBandsFlushMidList) {
   expectBandsMatchOneByOne<PixelArgb8>(40, 6000, 800, 400.0);
 }
 
+// A finished list drawn through the bands on `threads` threads gives the one-by-one image.
+template <typename Kind>
+void expectListMatchesOneByOne(const RecordList& list, int32_t w, int32_t h, uint32_t seed,
+                               int32_t threads) {
+  const SplatDrawSettings settings = glowAndDofSettings();
+  ThreadedHost plain;
+  Target<Kind> expected(w, h, seed);
+  drawOneByOne<Kind>(plain, expected.info, list, list.count(), settings);
+  ThreadedHost host;
+  host.threads = threads;
+  Target<Kind> banded(w, h, seed);
+  EXPECT_EQ(
+      renderSplats<Kind>(host, banded.info, list.table, list.order.data(), list.count(), settings),
+      engine_status::kGood);
+  EXPECT_TRUE(banded == expected);
+}
+
 TEST(SplatBands, FewDiscsAndOtherKindsKeepTheOrder) {
   // A Sprite record (no texture layer: it draws nothing) splits the list; Cloudlet and Streaklet
   // records are inert. Either side of them, the discs still draw in list order.
@@ -224,17 +241,7 @@ TEST(SplatBands, FewDiscsAndOtherKindsKeepTheOrder) {
   list.records[901].kind = 5;
   list.records[1300].kind = textured_kind::kSprite;
   list.finish();
-  const SplatDrawSettings settings = glowAndDofSettings();
-  ThreadedHost plain;
-  Target<PixelArgb16> expected(120, 200, 9);
-  drawOneByOne<PixelArgb16>(plain, expected.info, list, list.count(), settings);
-  ThreadedHost host;
-  host.threads = 4;
-  Target<PixelArgb16> banded(120, 200, 9);
-  EXPECT_EQ(renderSplats<PixelArgb16>(host, banded.info, list.table, list.order.data(),
-                                      list.count(), settings),
-            engine_status::kGood);
-  EXPECT_TRUE(banded == expected);
+  expectListMatchesOneByOne<PixelArgb16>(list, 120, 200, 9, 4);
 }
 
 TEST(SplatBands, OtherKindsAtTheEdgesOfPreparedWindowsKeepTheOrder) {
@@ -244,17 +251,7 @@ TEST(SplatBands, OtherKindsAtTheEdgesOfPreparedWindowsKeepTheOrder) {
   for (int32_t i : {0, 16383, 16384, 30001, 39999}) list.records[size_t(i)].kind = 4;
   list.records[20000].kind = textured_kind::kSprite;
   list.finish();
-  const SplatDrawSettings settings = glowAndDofSettings();
-  ThreadedHost plain;
-  Target<PixelArgbFloat> expected(90, 160, 6);
-  drawOneByOne<PixelArgbFloat>(plain, expected.info, list, list.count(), settings);
-  ThreadedHost host;
-  host.threads = 3;
-  Target<PixelArgbFloat> banded(90, 160, 6);
-  EXPECT_EQ(renderSplats<PixelArgbFloat>(host, banded.info, list.table, list.order.data(),
-                                         list.count(), settings),
-            engine_status::kGood);
-  EXPECT_TRUE(banded == expected);
+  expectListMatchesOneByOne<PixelArgbFloat>(list, 90, 160, 6, 3);
 }
 
 TEST(SplatBands, AbortDrawsWhatCameBeforeAndAsksAsOftenAsTheLoop) {
