@@ -44,10 +44,6 @@ inline NarrowMask narrow(LaneMask m) {
   return __builtin_convertvector(m, NarrowMask);
 }
 
-inline bool anyLane(LaneMask m) {
-  return _mm256_movemask_pd(__m256d(m)) != 0;
-}
-
 // toChannel of every lane: floats round to the nearest float, integers add 0.5 and truncate.
 template <typename Kind>
 inline ChannelLanes<Kind> toChannelLanes(Lanes v) {
@@ -70,9 +66,11 @@ inline ChannelLanes<Kind> toChannelLimitedLanes(Lanes v) {
   }
 }
 
-// The pixels of a group of four are loaded and stored whole where all four are real; a group at
-// the end of a row reads and writes only its real pixels, one by one (masked vector stores are
-// slow on some processors), and reads the others as zero.
+// The pixels of a group of four are loaded and stored whole wherever four pixels of the row are
+// there, even when the group ends past the disc's columns: the pixels beyond are not drawn and
+// keep their bits, and a row is only ever drawn by one thread at a time. Only at the right edge
+// of the target does a group read and write its real pixels one by one (masked vector stores are
+// slow on some processors), reading the others as zero.
 
 // Float pixels of four floats each: pixels 0-1 and 2-3 as two eight-float halves, whose
 // transposition gives the channels (and, being its own inverse, gives the pixels back).
@@ -275,33 +273,48 @@ void discRowsLanes(const DiscSpan& span, const DiscBox& rows) {
   const DiscSpan s = span;
   const bool runs = rows.right - rows.left >= kMinRunWidth && rimColumnsAreARun(s);
   const Lanes steps = {0.0, 1.0, 2.0, 3.0};
+  // Groups starting at or before this column have four whole pixels (and depths) in the row.
+  const int32_t wholeGroupEnd =
+      (HasDepth ? std::min(s.target->width, s.depthRowWidth) : s.target->width) - kLanes;
   for (int32_t y = rows.top; y < rows.bottom; ++y) {
     const DiscRowPlace<Channel> place = discRowPlace<Channel>(s, y, rows, runs);
     Channel* row = place.pixels;
     const float* depthRow = place.depths;
     const double dy2 = place.dy2;
     const ColumnRun run = place.columns;
+    // A group starts at its first drawn column: a row of five pixels then takes two groups
+    // wherever it lies, and one of up to four takes one.
     for (int32_t x = run.first; x < run.last; x += kLanes) {
       const int32_t count = std::min(kLanes, run.last - x);
+      const int32_t touched = x <= wholeGroupEnd ? kLanes : count;
       const Lanes dx = (double(x) + steps) - s.centerX;
       const Lanes d2 = dx * dx * s.aspectSquared + dy2;
       LaneMask drawn = (steps < double(count)) & ((d2 > s.outerRadiusSquared) == 0);
       if constexpr (HasDepth) {
         float stored[4] = {};
-        std::memcpy(stored, depthRow + x, sizeof(float) * size_t(count));
+        if (touched == kLanes) {
+          std::memcpy(stored, depthRow + x, sizeof(stored));
+        } else {
+          std::memcpy(stored, depthRow + x, sizeof(float) * size_t(count));
+        }
         const Lanes depths = {stored[0], stored[1], stored[2], stored[3]};
         drawn &= (depths < s.depth) == 0;
       }
-      if (!anyLane(drawn)) continue;
+      const int32_t lanesDrawn = _mm256_movemask_pd(__m256d(drawn));
+      if (lanesDrawn == 0) continue;
+      if (const int32_t lead = __builtin_ctz(uint32_t(lanesDrawn)); lead > 0) {
+        x += lead - kLanes;
+        continue;
+      }
       // Smoothstep of the distance from the rim in the soft ring, 1 inside it.
       const Lanes u = (s.outerRadius - sqrtLanes(d2)) * s.edgeScale;
       const Lanes ramp = (3.0 - 2.0 * u) * u * u;
       const Lanes w = (d2 <= s.innerRadiusSquared) ? Lanes{1.0, 1.0, 1.0, 1.0} : ramp;
       Channel* px = row + int64_t(x) * 4;
       PixelLanes<Kind> pixels;
-      pixels.load(px, count);
+      pixels.load(px, touched);
       blendLanes<Kind, Mode>(pixels, w, drawn, s);
-      pixels.store(px, count);
+      pixels.store(px, touched);
     }
   }
 }

@@ -17,10 +17,11 @@
 
 namespace lattica {
 
-// A block of host memory.
+// A block of host memory: from the large-block pool, or from the heap when small.
 struct HostMemoryBlock {
-  std::unique_ptr<uint8_t[]> data;
+  void* data = nullptr;
   int64_t size = 0;
+  bool pooled = false;
 };
 
 }  // namespace lattica
@@ -206,10 +207,9 @@ HostHandle StandaloneHost::newHandle(int64_t size) {
   const int64_t bytes = size < 0 ? -size : size;
   auto* block = new (std::nothrow) HostMemoryBlock;
   if (!block) return nullptr;
-  block->data = recycler_.take(bytes);
-  if (!block->data) {
-    block->data.reset(new (std::nothrow) uint8_t[size_t(std::max<int64_t>(bytes, 1))]);
-  }
+  block->pooled = largeBlocks_.serves(bytes);
+  block->data = block->pooled ? largeBlocks_.take(bytes)
+                              : ::operator new(size_t(std::max<int64_t>(bytes, 1)), std::nothrow);
   if (!block->data) {
     delete block;
     return nullptr;
@@ -221,14 +221,18 @@ HostHandle StandaloneHost::newHandle(int64_t size) {
 }
 
 void* StandaloneHost::lockHandle(HostHandle handle) {
-  return handle ? handle->data.get() : nullptr;
+  return handle ? handle->data : nullptr;
 }
 
 void StandaloneHost::unlockHandle(HostHandle) {}
 
 void StandaloneHost::disposeHandle(HostHandle handle) {
   if (!handle) return;
-  handle->data = recycler_.keep(std::move(handle->data), handle->size);
+  if (handle->pooled) {
+    largeBlocks_.give(handle->data, handle->size);
+  } else {
+    ::operator delete(handle->data);
+  }
   delete handle;
   --liveHandles_;
 }
