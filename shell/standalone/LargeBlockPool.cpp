@@ -1,8 +1,8 @@
 #include "LargeBlockPool.h"
 
-#include <sys/mman.h>
-
 #include <algorithm>
+
+#include "MappedMemory.h"
 
 namespace lattica::standalone {
 
@@ -16,81 +16,85 @@ int64_t roundUp(int64_t bytes, int64_t unit) {
   return (bytes + unit - 1) / unit * unit;
 }
 
-// Maps `bytes` (a multiple of the huge page) at an address aligned to the huge page, and asks for
-// huge pages. Null when the system has no memory.
-void* mapAligned(int64_t bytes) {
-  const int64_t align = LargeBlockPool::kHugePageBytes;
-  void* mapped = mmap(nullptr, size_t(bytes + align), PROT_READ | PROT_WRITE,
-                      MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-  if (mapped == MAP_FAILED) return nullptr;
-  const auto base = reinterpret_cast<uintptr_t>(mapped);
-  const uintptr_t start = (base + uintptr_t(align) - 1) & ~uintptr_t(align - 1);
-  const int64_t head = int64_t(start - base);
-  if (head > 0) munmap(mapped, size_t(head));
-  if (align - head > 0)
-    munmap(reinterpret_cast<void*>(start + uintptr_t(bytes)), size_t(align - head));
-  // Without huge pages (switched off, or none free) the run still works with small pages.
-  madvise(reinterpret_cast<void*>(start), size_t(bytes), MADV_HUGEPAGE);
-  return reinterpret_cast<void*>(start);
-}
-
 }  // namespace
 
 LargeBlockPool::~LargeBlockPool() {
-  for (const Run& run : sharedRuns_) munmap(run.start, size_t(run.bytes));
+  for (const Run& run : sharedRuns_) unmapHugePages(run.start, run.bytes);
+  for (const auto& [bytes, block] : keptWhole_) unmapHugePages(block, bytes);
 }
 
 bool LargeBlockPool::carveRun(int64_t blockBytes, Bin& bin) {
   const int64_t blocks = std::max<int64_t>(1, kSharedRunBytes / blockBytes);
   const int64_t runBytes = roundUp(blocks * blockBytes, kHugePageBytes);
-  void* start = mapAligned(runBytes);
+  void* start = mapHugePages(runBytes);
   if (!start) return false;
   sharedRuns_.push_back({start, runBytes});
   auto* bytes = static_cast<uint8_t*>(start);
   // Handed out from the front, so that a store fills its huge pages one after another.
-  for (int64_t i = runBytes / blockBytes - 1; i >= 0; --i)
+  for (int64_t i = runBytes / blockBytes - 1; i >= 0; --i) {
     bin.fresh.push_back(bytes + i * blockBytes);
+  }
   return true;
 }
 
-void* LargeBlockPool::take(int64_t bytes) {
-  const int64_t blockBytes = roundUp(std::max<int64_t>(bytes, 1), kPageBytes);
-  if (blockBytes >= kHugePageBytes) return mapAligned(roundUp(blockBytes, kHugePageBytes));
-  std::lock_guard<std::mutex> guard(lock_);
+LargeBlockPool::Block LargeBlockPool::takeCarved(int64_t blockBytes) {
   Bin& bin = bins_[blockBytes];
-  if (!bin.resident.empty()) {
-    void* block = bin.resident.back();
-    bin.resident.pop_back();
-    resident_ -= blockBytes;
-    return block;
+  if (!bin.kept.empty()) {
+    void* block = bin.kept.back();
+    bin.kept.pop_back();
+    keptCarved_ -= blockBytes;
+    return {block, blockBytes};
   }
-  if (bin.fresh.empty() && !carveRun(blockBytes, bin)) return nullptr;
+  if (bin.fresh.empty() && !carveRun(blockBytes, bin)) return {};
   void* block = bin.fresh.back();
   bin.fresh.pop_back();
-  return block;
+  return {block, blockBytes};
 }
 
-void LargeBlockPool::give(void* block, int64_t bytes) {
-  if (!block) return;
-  const int64_t blockBytes = roundUp(std::max<int64_t>(bytes, 1), kPageBytes);
-  if (blockBytes >= kHugePageBytes) {
-    munmap(block, size_t(roundUp(blockBytes, kHugePageBytes)));
-    return;
+LargeBlockPool::Block LargeBlockPool::takeWhole(int64_t blockBytes) {
+  const auto kept = keptWhole_.lower_bound(blockBytes);
+  if (kept != keptWhole_.end() && kept->first - kept->first / 4 <= blockBytes) {
+    const Block block{kept->second, kept->first};
+    keptWhole_.erase(kept);
+    keptWholeBytes_ -= block.bytes;
+    return block;
   }
-  std::lock_guard<std::mutex> guard(lock_);
-  Bin& bin = bins_[blockBytes];
-  if (resident_ + blockBytes <= residentBudget_) {
-    bin.resident.push_back(block);
-    resident_ += blockBytes;
-    return;
-  }
-  madvise(block, size_t(blockBytes), MADV_DONTNEED);
-  bin.fresh.push_back(block);
+  void* data = mapHugePages(blockBytes);
+  return data ? Block{data, blockBytes} : Block{};
 }
 
-int64_t LargeBlockPool::residentBytes() const {
+LargeBlockPool::Block LargeBlockPool::take(int64_t bytes) {
+  const int64_t pageBytes = roundUp(std::max<int64_t>(bytes, 1), kPageBytes);
   std::lock_guard<std::mutex> guard(lock_);
-  return resident_;
+  if (pageBytes >= kHugePageBytes) return takeWhole(roundUp(pageBytes, kHugePageBytes));
+  return takeCarved(pageBytes);
+}
+
+void LargeBlockPool::give(Block block) {
+  if (!block.data) return;
+  std::lock_guard<std::mutex> guard(lock_);
+  if (block.bytes >= kHugePageBytes) {
+    if (keptWholeBytes_ + block.bytes <= wholeBudget_) {
+      keptWhole_.emplace(block.bytes, block.data);
+      keptWholeBytes_ += block.bytes;
+    } else {
+      unmapHugePages(block.data, block.bytes);
+    }
+    return;
+  }
+  Bin& bin = bins_[block.bytes];
+  if (keptCarved_ + block.bytes <= carvedBudget_) {
+    bin.kept.push_back(block.data);
+    keptCarved_ += block.bytes;
+    return;
+  }
+  releasePages(block.data, block.bytes);
+  bin.fresh.push_back(block.data);
+}
+
+int64_t LargeBlockPool::keptBytes() const {
+  std::lock_guard<std::mutex> guard(lock_);
+  return keptCarved_ + keptWholeBytes_;
 }
 
 }  // namespace lattica::standalone

@@ -21,7 +21,7 @@ namespace lattica {
 struct HostMemoryBlock {
   void* data = nullptr;
   int64_t size = 0;
-  bool pooled = false;
+  int64_t pooledBytes = 0;  // the pool's size of the block; 0 for heap blocks
 };
 
 }  // namespace lattica
@@ -207,9 +207,13 @@ HostHandle StandaloneHost::newHandle(int64_t size) {
   const int64_t bytes = size < 0 ? -size : size;
   auto* block = new (std::nothrow) HostMemoryBlock;
   if (!block) return nullptr;
-  block->pooled = largeBlocks_.serves(bytes);
-  block->data = block->pooled ? largeBlocks_.take(bytes)
-                              : ::operator new(size_t(std::max<int64_t>(bytes, 1)), std::nothrow);
+  if (largeBlocks_.serves(bytes)) {
+    const LargeBlockPool::Block pooled = largeBlocks_.take(bytes);
+    block->data = pooled.data;
+    block->pooledBytes = pooled.bytes;
+  } else {
+    block->data = ::operator new(size_t(std::max<int64_t>(bytes, 1)), std::nothrow);
+  }
   if (!block->data) {
     delete block;
     return nullptr;
@@ -228,8 +232,8 @@ void StandaloneHost::unlockHandle(HostHandle) {}
 
 void StandaloneHost::disposeHandle(HostHandle handle) {
   if (!handle) return;
-  if (handle->pooled) {
-    largeBlocks_.give(handle->data, handle->size);
+  if (handle->pooledBytes > 0) {
+    largeBlocks_.give({handle->data, handle->pooledBytes});
   } else {
     ::operator delete(handle->data);
   }

@@ -177,9 +177,10 @@ class StandaloneHost : public PluginHost_API {
   const std::atomic<bool>* abortFlag_ = nullptr;
   std::atomic<int64_t> allocationsLeft_{-1};
   std::atomic<int64_t> liveHandles_{0};
-  // Blocks of 64 KiB and more come from mapped runs with huge pages; up to 4 GiB of those given
-  // back are kept mapped for the next frame.
-  LargeBlockPool largeBlocks_{int64_t(64) << 10, int64_t(4) << 30};
+  // Blocks of 64 KiB and more come from mapped runs with huge pages. Of those given back, up to
+  // 4 GiB below 2 MiB (the store's chunks) and 1 GiB of larger ones (lists and scratch arrays)
+  // stay mapped for the next frame.
+  LargeBlockPool largeBlocks_{int64_t(64) << 10, int64_t(4) << 30, int64_t(1) << 30};
   std::unique_ptr<LayerFrames> frames_;
   std::vector<SceneLight> lights_;
   int32_t sourceSize_[2] = {0, 0};

@@ -32,7 +32,8 @@ Image::Image(int32_t width, int32_t height, uint32_t format)
     : width_(width), height_(height), format_(format) {
   if (width <= 0 || height <= 0) throw std::invalid_argument("image size must be positive");
   rowBytes_ = width * pixelBytes();
-  pixels_.reset(new uint8_t[size_t(rowBytes_) * size_t(height)]());
+  pixels_ = allocateZeroedBytes(int64_t(rowBytes_) * height);
+  if (!pixels_) throw std::bad_alloc();
 }
 
 int32_t Image::depthClass() const {

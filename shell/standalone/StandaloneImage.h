@@ -7,6 +7,7 @@
 #include <memory>
 
 #include "HostTypes.h"
+#include "MappedMemory.h"
 #include "PluginRaster_API.h"
 #include "RasterInfo.h"
 
@@ -39,7 +40,7 @@ class Image {
   int32_t height_;
   uint32_t format_;
   int32_t rowBytes_;
-  std::unique_ptr<uint8_t[]> pixels_;
+  ZeroedBytes pixels_;
 };
 
 // Format code of a depth class with the host's channel order for 8-bit and float.
