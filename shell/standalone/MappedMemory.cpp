@@ -2,7 +2,10 @@
 
 #include <sys/mman.h>
 
+#include <cstring>
+#include <mutex>
 #include <new>
+#include <vector>
 
 namespace lattica::standalone {
 
@@ -10,6 +13,50 @@ namespace {
 
 int64_t wholeHugePages(int64_t bytes) {
   return (bytes + kHugePageBytes - 1) / kHugePageBytes * kHugePageBytes;
+}
+
+// Large zeroed arrays given back, kept for the next request of the same size: a sequence of
+// frames makes and drops images of one size, and clearing a kept buffer (often still in the
+// cache) is cheaper than faulting in and zeroing fresh pages.
+class KeptBuffers {
+ public:
+  static constexpr int64_t kBudgetBytes = int64_t(256) << 20;
+
+  // A kept buffer of exactly `mapped` bytes, or null.
+  void* take(int64_t mapped) {
+    std::lock_guard<std::mutex> guard(lock_);
+    for (size_t i = 0; i < kept_.size(); ++i) {
+      if (kept_[i].bytes != mapped) continue;
+      void* start = kept_[i].start;
+      kept_.erase(kept_.begin() + std::ptrdiff_t(i));
+      keptBytes_ -= mapped;
+      return start;
+    }
+    return nullptr;
+  }
+
+  // Keeps the buffer; false when the budget is full.
+  bool keep(void* start, int64_t mapped) {
+    std::lock_guard<std::mutex> guard(lock_);
+    if (keptBytes_ + mapped > kBudgetBytes) return false;
+    kept_.push_back({start, mapped});
+    keptBytes_ += mapped;
+    return true;
+  }
+
+ private:
+  struct Buffer {
+    void* start;
+    int64_t bytes;
+  };
+  std::mutex lock_;
+  std::vector<Buffer> kept_;
+  int64_t keptBytes_ = 0;
+};
+
+KeptBuffers& keptBuffers() {
+  static KeptBuffers buffers;
+  return buffers;
 }
 
 }  // namespace
@@ -41,10 +88,10 @@ void releasePages(void* start, int64_t bytes) {
 }
 
 void ZeroedBytesDeleter::operator()(uint8_t* bytes) const {
-  if (mappedBytes > 0) {
-    unmapHugePages(bytes, mappedBytes);
-  } else {
+  if (mappedBytes == 0) {
     delete[] bytes;
+  } else if (bytes && !keptBuffers().keep(bytes, mappedBytes)) {
+    unmapHugePages(bytes, mappedBytes);
   }
 }
 
@@ -54,7 +101,12 @@ ZeroedBytes allocateZeroedBytes(int64_t bytes) {
     return ZeroedBytes(new (std::nothrow) uint8_t[size_t(bytes > 0 ? bytes : 1)](),
                        ZeroedBytesDeleter{0});
   }
-  return ZeroedBytes(static_cast<uint8_t*>(mapHugePages(bytes)), ZeroedBytesDeleter{bytes});
+  const int64_t mapped = wholeHugePages(bytes);
+  if (void* kept = keptBuffers().take(mapped)) {
+    std::memset(kept, 0, size_t(bytes));
+    return ZeroedBytes(static_cast<uint8_t*>(kept), ZeroedBytesDeleter{mapped});
+  }
+  return ZeroedBytes(static_cast<uint8_t*>(mapHugePages(bytes)), ZeroedBytesDeleter{mapped});
 }
 
 }  // namespace lattica::standalone

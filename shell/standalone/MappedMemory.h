@@ -18,7 +18,8 @@ void unmapHugePages(void* start, int64_t bytes);
 // as zero again. Both ends lie on 4 KB pages.
 void releasePages(void* start, int64_t bytes);
 
-// A zeroed byte array: mapped when large, from the heap when small. Null when there is no memory.
+// A zeroed byte array: mapped when large (and, once given back, kept within a budget for the
+// next array of its size), from the heap when small. Null when there is no memory.
 struct ZeroedBytesDeleter {
   int64_t mappedBytes = 0;  // 0: from the heap
   void operator()(uint8_t* bytes) const;
