@@ -61,6 +61,10 @@ struct SphereList {
       chunks.push_back(SplatChunk{n, records.data() + first, nullptr});
     }
     table.slots = chunks.data();
+    // The last chunk is the one being filled, as the store leaves it after generation.
+    table.chunkIndex = int32_t(chunks.size()) - 1;
+    table.itemIndex = chunks.back().count;
+    table.recordCount = kRecords;
     order.resize(records.size());
     flattenSplats(table, order.data());
     std::sort(order.begin(), order.end(), drawsBefore);
