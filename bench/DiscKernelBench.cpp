@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "DiscKernel.h"
+#include "KindRaster.h"
 #include "PixelKind.h"
 #include "PluginHost_API.h"
 #include "RasterInfo.h"
@@ -45,13 +46,7 @@ void BM_MillionDiscs(benchmark::State& state) {
   const int32_t mode = int32_t(state.range(0));
   constexpr int32_t kWidth = 1920, kHeight = 1080;
   std::vector<typename Kind::Channel> pixels(size_t(kWidth) * kHeight * 4);
-  RasterInfo target;
-  target.pixels = pixels.data();
-  target.format = Kind::kFormat;
-  target.width = kWidth;
-  target.height = kHeight;
-  target.rowBytes = kWidth * Kind::kPixelBytes;
-  target.pixelBytes = Kind::kPixelBytes;
+  const RasterInfo target = kindRaster<Kind>(pixels.data(), kWidth, kHeight);
   BenchHost host;
   const std::vector<DiscPlacement>& discs = placements();
   for (auto _ : state) {

@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "KindRaster.h"
 #include "PixelKind.h"
 #include "RasterInfo.h"
 #include "SplatDraw.h"
@@ -87,13 +88,7 @@ void BM_MillionSpheres(benchmark::State& state) {
   if (state.range(1) == 0) host.failAllocationsAfter(0);
 
   std::vector<typename Kind::Channel> pixels(size_t(kWidth) * kHeight * 4);
-  RasterInfo target;
-  target.pixels = pixels.data();
-  target.format = Kind::kFormat;
-  target.width = kWidth;
-  target.height = kHeight;
-  target.rowBytes = kWidth * Kind::kPixelBytes;
-  target.pixelBytes = Kind::kPixelBytes;
+  const RasterInfo target = kindRaster<Kind>(pixels.data(), kWidth, kHeight);
 
   const SphereList& list = sphereList();
   const SplatDrawSettings settings;

@@ -12,6 +12,7 @@
 #include <random>
 #include <vector>
 
+#include "KindRaster.h"
 #include "PixelKind.h"
 #include "RasterInfo.h"
 #include "SplatDraw.h"
@@ -146,13 +147,7 @@ void drawTexturedParticles(benchmark::State& state, uint8_t kind) {
   host.texture.pixelBytes = Kind::kPixelBytes;
   host.texture.rowBytes = kTextureSize * Kind::kPixelBytes;
   std::vector<typename Kind::Channel> pixels(size_t(kWidth) * kHeight * 4);
-  RasterInfo target;
-  target.pixels = pixels.data();
-  target.format = Kind::kFormat;
-  target.width = kWidth;
-  target.height = kHeight;
-  target.rowBytes = kWidth * Kind::kPixelBytes;
-  target.pixelBytes = Kind::kPixelBytes;
+  const RasterInfo target = kindRaster<Kind>(pixels.data(), kWidth, kHeight);
   std::vector<SplatRecord> records = scatter(kind);
   SplatChunk chunk{int32_t(records.size()), records.data(), nullptr};
   SplatChunkTable table;

@@ -17,6 +17,7 @@
 #include <vector>
 
 #include "DepthOfField.h"
+#include "KindRaster.h"
 #include "PixelKind.h"
 #include "SplatDraw.h"
 #include "SplatStore.h"
@@ -67,12 +68,7 @@ struct Image {
 
   Image(int32_t w, int32_t h, int32_t padPixels = 0)
       : stride(w + padPixels), data(size_t(stride) * size_t(h) * 4) {
-    info.pixels = data.data();
-    info.format = Kind::kFormat;
-    info.width = w;
-    info.height = h;
-    info.rowBytes = stride * Kind::kPixelBytes;
-    info.pixelBytes = Kind::kPixelBytes;
+    info = kindRaster<Kind>(data.data(), w, h, stride);
   }
 
   Channel* at(int32_t x, int32_t y) { return data.data() + (size_t(y) * stride + x) * 4; }

@@ -15,6 +15,7 @@
 #include "DiscKernel.h"
 #include "DiscLanes.h"
 #include "DiscSetup.h"
+#include "KindRaster.h"
 #include "PixelKind.h"
 
 namespace lattica {
@@ -48,12 +49,7 @@ struct Canvas {
         pixels[i] = uint8_t(roll < 40 ? 0 : byte(random));
       }
     }
-    info.pixels = pixels.data();
-    info.format = Kind::kFormat;
-    info.width = kWidth;
-    info.height = kHeight;
-    info.rowBytes = kWidth * Kind::kPixelBytes;
-    info.pixelBytes = Kind::kPixelBytes;
+    info = kindRaster<Kind>(pixels.data(), kWidth, kHeight);
   }
 };
 

@@ -18,6 +18,7 @@
 
 #include "DepthOfField.h"
 #include "DiscKernel.h"
+#include "KindRaster.h"
 #include "PixelKind.h"
 #include "SplatDraw.h"
 #include "SplatStore.h"
@@ -73,12 +74,7 @@ struct Target {
   using Channel = typename Kind::Channel;
 
   Target(int32_t w, int32_t h, uint32_t seed) : data(size_t(w) * size_t(h) * 4) {
-    info.pixels = data.data();
-    info.format = Kind::kFormat;
-    info.width = w;
-    info.height = h;
-    info.rowBytes = w * Kind::kPixelBytes;
-    info.pixelBytes = Kind::kPixelBytes;
+    info = kindRaster<Kind>(data.data(), w, h);
     // A busy background: partly transparent, every channel different.
     std::mt19937 random(seed);
     for (Channel& c : data) {

@@ -11,6 +11,7 @@
 #include <random>
 #include <vector>
 
+#include "KindRaster.h"
 #include "NullHost.h"
 #include "PixelKind.h"
 #include "RasterInfo.h"
@@ -24,12 +25,7 @@ struct Picture {
   using Argb = std::array<Channel, 4>;
 
   Picture(int32_t w, int32_t h) : data(size_t(w) * size_t(h) * 4) {
-    info.pixels = data.data();
-    info.format = Kind::kFormat;
-    info.width = w;
-    info.height = h;
-    info.rowBytes = w * Kind::kPixelBytes;
-    info.pixelBytes = Kind::kPixelBytes;
+    info = kindRaster<Kind>(data.data(), w, h);
   }
   Channel* at(int32_t x, int32_t y) { return data.data() + (size_t(y) * info.width + x) * 4; }
   Argb argb(int32_t x, int32_t y) {
